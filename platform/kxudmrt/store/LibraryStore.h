@@ -1,0 +1,239 @@
+// One library: entities, their revisions, links between them, and the journal of changes.
+//
+// Layer: store. Stands on sql/, knows no sessions, notifications or content definitions: what a
+// definition allows is checked above, and who is looking comes in as a Viewer. A store belongs to
+// one session and one thread at a time and owns its connection. Several stores, in one process or
+// in many, may be open on one file.
+//
+// Which revision is the newest depends on the viewer: the working revision if that user has it in
+// that workspace, else the newest published one; an entity without either is invisible, like a
+// deleted one. "Row" below means this revision unless a number is asked for.
+//
+// Each changing operation is one transaction, or part of the transaction that is open:
+//
+//     store.Update([&] {                          // one commit for all of it
+//         const EntityId id = store.Insert(entity, attributes, stamp);
+//         store.AddLink({.parent = folder, .child = id, .kind = LinkKind::Folder}, stamp);
+//         store.Append(journalEntry);
+//     });
+//
+// Failures are UDMException: sql::Error where the database failed, else with the object named in
+// the text. A failed operation leaves the library as it was.
+#ifndef KXUDMRT_STORE_LIBRARYSTORE_H
+#define KXUDMRT_STORE_LIBRARYSTORE_H
+
+#include <functional>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include "sql/Connection.h"
+#include "store/Rows.h"
+
+namespace kxudm::store {
+
+// What a library says of itself.
+struct LibraryInfo {
+    std::string name;
+    std::string id;  // 26 characters, made like a UID
+    std::string baseDirectory;
+    Microseconds created = 0;
+};
+
+class LibraryStore {
+  public:
+    // Makes the library file; the folder must be there. A file of 0 bytes counts as missing, any
+    // other existing one is an error. Survives a loss of power when it returns.
+    [[nodiscard]] static std::unique_ptr<LibraryStore> Create(const std::string& file,
+                                                              const LibraryInfo& info,
+                                                              std::string_view catalogueXml);
+    // Brings an older schema forward. A missing file, one that is no library and one with a newer
+    // schema are errors that name it.
+    [[nodiscard]] static std::unique_ptr<LibraryStore> Open(const std::string& file);
+    // Either, over a connection that the caller made (tests, other backends).
+    [[nodiscard]] static std::unique_ptr<LibraryStore> Create(
+        std::unique_ptr<sql::Connection> connection,
+        const LibraryInfo& info,
+        std::string_view catalogueXml);
+    [[nodiscard]] static std::unique_ptr<LibraryStore> Open(
+        std::unique_ptr<sql::Connection> connection);
+    ~LibraryStore();
+
+    [[nodiscard]] sql::Connection& Connection() noexcept { return *connection_; }
+
+    // Runs `change` in one transaction. Nested calls join it.
+    template <typename Change>
+    decltype(auto) Update(
+        Change&& change,
+        sql::Transaction::Durability durability = sql::Transaction::Durability::Normal) {
+        return Within(sql::Transaction::Mode::Write, durability, std::forward<Change>(change));
+    }
+    // Runs `read` on one unchanging view of the library.
+    template <typename Read>
+    decltype(auto) View(Read&& read) {
+        return Within(sql::Transaction::Mode::Read,
+                      sql::Transaction::Durability::Normal,
+                      std::forward<Read>(read));
+    }
+
+    // --- The library itself ---
+
+    [[nodiscard]] LibraryInfo Info();
+    void SetBaseDirectory(std::string_view directory);
+    [[nodiscard]] std::string CatalogueXml();
+    void SetCatalogueXml(std::string_view xml);
+    // Free notes by key, which are kept with the library; an absent one is "".
+    [[nodiscard]] std::string Note(std::string_view key);
+    void SetNote(std::string_view key, std::string_view text);
+
+    // --- Entities and revisions ---
+
+    // Adds an entity at revision 0, Unversioned or Working. A known UID is an error that names it.
+    EntityId Insert(const NewEntity& entity, const AttributeList& attributes, const Stamp& stamp);
+
+    // The newest revision for the viewer. False: unknown, invisible or deleted.
+    bool FindByUid(std::string_view baseUid, const Viewer& viewer, EntityRow& row);
+    bool FindById(EntityId id, const Viewer& viewer, EntityRow& row);
+    // Exactly this revision; a working one only for its owner.
+    bool FindRevision(std::string_view baseUid, int revision, const Viewer& viewer, EntityRow& row);
+    bool Details(EntityId id, int revision, EntityDetails& details);
+    // Numbers of the revisions that the viewer may see, ascending.
+    [[nodiscard]] std::vector<int> RevisionNumbers(EntityId id, const Viewer& viewer);
+
+    // Sets attributes of one revision and stamps it; returns all of its attributes, packed, as they
+    // stand now. An unknown or published revision is an error.
+    std::string UpdateAttributes(EntityId id,
+                                 int revision,
+                                 const AttributeList& changes,
+                                 const Stamp& stamp);
+    void SetDisplayName(EntityId id, int revision, std::string_view name, const Stamp& stamp);
+    // The name belongs to the entity, not to a revision; folder paths are made of it.
+    void SetName(EntityId id, std::string_view name, const Stamp& stamp);
+    void SetVault(EntityId id, std::string_view directory);
+
+    // Hides the entity, and what it owns by composition at any depth. Error if somebody other than
+    // the viewer of the stamp has one of them checked out: names who, where and since when.
+    std::vector<DeletedRow> Delete(EntityId id, const Stamp& stamp);
+    // Brings back what one deletion has hidden. False: the UID is unknown or not deleted.
+    bool Undelete(std::string_view baseUid);
+
+    // --- Links ---
+
+    // Last in the order of its parent, kind and name. A link that is there already is an error, as
+    // is one of kind Owner, Folder or Category that would close a cycle.
+    void AddLink(const Link& link, const Stamp& stamp);
+    // Ends the links between two entities as of the bearing end's revision; an empty name means all
+    // names. Returns how many there were.
+    int RemoveLink(EntityId parent,
+                   EntityId child,
+                   LinkKind kind,
+                   std::string_view name,
+                   int revision,
+                   const Stamp& stamp);
+    [[nodiscard]] bool HasLink(
+        EntityId parent, EntityId child, LinkKind kind, std::string_view name, int revision);
+
+    // Children in the order of kind, name (byte order) and position; of Folder and Category in the
+    // order of their creation. `parentRevision` counts for the kinds that the parent bears. An
+    // empty name means all names. Invisible and deleted children are left out. `out` is appended
+    // to.
+    void Children(EntityId parent,
+                  int parentRevision,
+                  LinkKind kind,
+                  std::string_view name,
+                  const Viewer& viewer,
+                  std::vector<LinkedRow>& out,
+                  bool withAttributes = false,
+                  const Condition& condition = {});
+    [[nodiscard]] std::int64_t CountChildren(EntityId parent,
+                                             int parentRevision,
+                                             LinkKind kind,
+                                             std::string_view name,
+                                             const Viewer& viewer,
+                                             const Condition& condition = {});
+    // Parents whose newest revision holds the link; with `older` also those of which only an older
+    // one does. Each parent once per link name.
+    void Parents(EntityId child,
+                 int childRevision,
+                 LinkKind kind,
+                 std::string_view name,
+                 const Viewer& viewer,
+                 std::vector<LinkedRow>& out,
+                 bool older = false);
+    [[nodiscard]] bool HasParent(EntityId child,
+                                 int childRevision,
+                                 LinkKind kind,
+                                 const Viewer& viewer);
+    // Whether a link from parent to child would close a cycle; also true for parent == child.
+    [[nodiscard]] bool WouldCycle(EntityId parent, EntityId child, LinkKind kind);
+
+    // --- Folders and roots ---
+
+    // What lies in a folder under a name (0: what lies in no folder at all), byte-exact or, with
+    // `ignoreCase`, with case folded. Several entities may bear one name.
+    void FindInFolder(EntityId folder,
+                      std::string_view name,
+                      const Viewer& viewer,
+                      bool ignoreCase,
+                      std::vector<EntityRow>& out);
+    // Entities of a definition that have no parent of that kind, in the order of creation.
+    void RootsOfDefinition(std::string_view definition,
+                           LinkKind kind,
+                           const Viewer& viewer,
+                           std::vector<EntityRow>& out,
+                           const Condition& condition = {});
+
+    // --- Queries ---
+
+    // Newest revisions that meet the condition, in the order of creation, hits `first` up to but
+    // not including `last` (0, 0: all). Returns the number of hits before the cut. `rootsOnly`:
+    // without owner.
+    std::int64_t Find(const Condition& condition,
+                      const Viewer& viewer,
+                      bool rootsOnly,
+                      std::int64_t first,
+                      std::int64_t last,
+                      std::vector<EntityRow>& out,
+                      bool withAttributes = false);
+
+    // --- Journal ---
+
+    // Returns the sequence number given. Ascending in the order of the commits.
+    std::int64_t Append(const JournalEntry& entry);
+    [[nodiscard]] std::int64_t LastSequence();
+    // Entries after `sequence` that the viewer is told, ascending; at most `limit`.
+    void Journal(std::int64_t sequence,
+                 const Viewer& viewer,
+                 std::vector<JournalEntry>& out,
+                 int limit = 1000);
+    // True if another connection has committed since the last call: the cheap question before
+    // reading the journal. The first call answers true.
+    [[nodiscard]] bool ChangedByOthers();
+
+  private:
+    explicit LibraryStore(std::unique_ptr<sql::Connection> connection);
+
+    template <typename Body>
+    decltype(auto) Within(sql::Transaction::Mode mode,
+                          sql::Transaction::Durability durability,
+                          Body&& body) {
+        sql::Transaction transaction(*connection_, mode, durability);
+        if constexpr (std::is_void_v<decltype(body())>) {
+            body();
+            transaction.Commit();
+        } else {
+            decltype(auto) result = body();
+            transaction.Commit();
+            return result;
+        }
+    }
+
+    std::unique_ptr<sql::Connection> connection_;
+    std::int64_t seenDataVersion_ = -1;
+};
+
+}  // namespace kxudm::store
+
+#endif
