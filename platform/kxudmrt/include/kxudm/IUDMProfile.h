@@ -1,0 +1,245 @@
+// One session on one library: the whole of what a repository does.
+//
+// The model. An entity has a base UID and one content definition for life. A versioned entity
+// lives in revisions: it is created at revision 0, visible to its creator's workspace alone; the
+// first publish makes it revision 1 for everybody; a check-out opens a working revision, which is
+// a lock; publishing or undoing ends it. Unversioned ones (folders) stay at revision 0, always
+// editable and visible to everybody at once. Links join entities: owned children, references,
+// folders, classifications, relations. docs/data-model.md holds the tables.
+//
+// A UID without a revision means the newest revision that this session sees: its own working
+// revision if there is one, else the newest published one.
+//
+// Every operation that changes something is one transaction: when it returns, the change survives
+// the death of the process, and when it throws, nothing changed. Slots are told after the commit,
+// before the operation returns. Failures are exceptions derived from std::exception (UDMException
+// for the runtime's own) with a text that names the object, what was wrong and what would be right.
+// Result vectors are appended to. A session belongs to one thread.
+#pragma once
+
+#include <kxudm/AddFileBuilder.h>
+#include <kxudm/IUDMProfileSlot.h>
+#include <kxudm/UDMCdefMetaData.h>
+#include <kxudm/UDMGenericDocument.h>
+#include <kxudm/UDMHistoryNode.h>
+#include <kxudm/UDMItemHandle.h>
+#include <kxudm/UDMProfileUtils.h>
+#include <kxudm/UDMQuerySettings.h>
+#include <kxudm/UDMRelationHandle.h>
+#include <kxutl/kxStlMap.h>
+#include <kxutl/kxStlVector.h>
+#include <kxutl/kxVariant.h>
+
+#include <cstddef>
+
+namespace kxudm {
+
+class KXUDMRT_EXPORT IUDMProfile {
+  public:
+    IUDMProfile() = default;
+    IUDMProfile(const IUDMProfile&) = delete;
+    IUDMProfile& operator=(const IUDMProfile&) = delete;
+    virtual ~IUDMProfile();
+
+    // --- Entities and attributes ---------------------------------------------------------------
+
+    // The entity of a UID text. Unknown, invisible and deleted ones throw UDMNotFoundException.
+    virtual UDMItemHandle GetEntity(const kxString& uid) = 0;
+    // A new root entity. Its attributes have their defaults, "name" and the display name are
+    // `name`. Unknown and abstract definitions throw.
+    virtual UDMItemHandle CreateEntity(const kxString& definition, const kxString& name) = 0;
+    // Hides the entity with all its revisions and its owned children, and removes the links to
+    // it. `withChildren` false refuses an entity that has owned children; `force` true also takes
+    // one that somebody else has checked out.
+    virtual void DeleteEntity(const UDMItemHandle& handle, bool withChildren, bool force) = 0;
+    // Takes a child out of all owner and reference groups of a parent. No link: throws.
+    virtual void RemoveChild(const UDMItemHandle& parent, const UDMItemHandle& child) = 0;
+    // CreateEntity and AddChild in one transaction.
+    virtual UDMItemHandle CreateAndAddChild(const kxString& definition,
+                                            const kxString& name,
+                                            const UDMItemHandle& parent,
+                                            const kxString& group) = 0;
+    // A relation of a free type. `exact` true stays on the two exact revisions.
+    virtual UDMRelationHandle CreateRelation(const UDMItemHandle& first,
+                                             const UDMItemHandle& second,
+                                             const kxString& type,
+                                             bool exact) = 0;
+    // Removes all relations from first to second; false if there was none.
+    virtual bool RemoveRelation(const UDMItemHandle& first, const UDMItemHandle& second) = 0;
+    // Adds `child` as the last one of a group of the parent's definition. Refused: a group that
+    // the definition doesn't have, a child of a definition that the group doesn't allow, a second
+    // owner in a composition group, a cycle, more than the group's maximum, a parent that isn't
+    // editable.
+    virtual void AddChild(const UDMItemHandle& parent,
+                          const UDMItemHandle& child,
+                          const kxString& group) = 0;
+    // Children of a group: a group's name; "" for all groups of category "owner", in the
+    // definition's order; or a category's word ("owner", "reference", "folder", "category"). A
+    // query expression thins them out; empty takes all.
+    virtual std::size_t GetChildCount(const UDMItemHandle& parent,
+                                      const kxString& group,
+                                      const kxString& queryExpression) = 0;
+    virtual void GetChildren(kxStlVector<UDMItemHandle>& children,
+                             const UDMItemHandle& parent,
+                             const kxString& group,
+                             const kxString& queryExpression) = 0;
+    // Entities that hold a link to this one: of a category ("owner", "reference", "folder",
+    // "category"), else of a relation type or group name. `anyRevision` true also reports parents
+    // of which only an older revision holds the link.
+    virtual void GetParents(kxStlVector<UDMItemHandle>& parents,
+                            const UDMItemHandle& handle,
+                            const kxString& relation,
+                            bool anyRevision) = 0;
+    // Checked against the attribute's type and valid values. System attributes are refused.
+    virtual void SetAttributeValue(const UDMItemHandle& handle,
+                                   const kxString& key,
+                                   const kxVariant& value) = 0;
+
+    // --- The life of revisions -----------------------------------------------------------------
+
+    // Publishes. `keep`: stays checked out at the next working revision.
+    virtual void PersistEntity(const UDMItemHandle& handle,
+                               const kxString& comment,
+                               bool keep,
+                               bool withFiles,
+                               bool withLinks) = 0;
+    // Records a save point of the working revision.
+    virtual void SaveEntity(const UDMItemHandle& handle,
+                            const kxString& comment,
+                            bool withFiles) = 0;
+    virtual void UndoCheckout(const UDMItemHandle& handle) = 0;
+    virtual void Checkout(const UDMItemHandle& handle, const kxString& comment) = 0;
+    virtual void SetDisplayName(const kxString& name, const UDMItemHandle& handle) = 0;
+
+    // --- Queries -------------------------------------------------------------------------------
+
+    // Hits `from` up to but not including `to` (0, 0: all), in order of creation. `mode`: -1 for an
+    // attribute query, 0 all words, 1 any word, 2 phrase. Returns the number before the range is
+    // cut.
+    virtual std::size_t RunQuery(kxStlVector<UDMItemHandle>& hits,
+                                 const kxString& query,
+                                 int mode,
+                                 long from,
+                                 long to,
+                                 const UDMQuerySettingHandle& settings,
+                                 bool rootsOnly,
+                                 bool fullText) = 0;
+
+    // --- Observers -----------------------------------------------------------------------------
+
+    // Adds a slot; one that is connected already is refused. The session shares its ownership.
+    virtual void Connect(boost::shared_ptr<IUDMProfileSlot>& slot) = 0;
+    // Takes a slot out; one that isn't connected throws.
+    virtual void Disconnect(boost::shared_ptr<IUDMProfileSlot>& slot) = 0;
+
+    // --- History -------------------------------------------------------------------------------
+
+    virtual boost::shared_ptr<UDMHistoryNode> GetHistory(const UDMItemHandle& handle) = 0;
+    // The working revision of this session for the entity; throws where there is none.
+    virtual UDMItemHandle GetWorkingHandle(const UDMItemHandle& handle) = 0;
+
+    // --- Files ---------------------------------------------------------------------------------
+
+    virtual void GetDocuments(const UDMItemHandle& handle,
+                              kxStlVector<UDMGenericDocument>& documents,
+                              bool withExternal) = 0;
+    virtual AddFileBuilder BeginAddFile(const UDMItemHandle& handle) = 0;
+    // Replaces the document of the file's name. `move`: the source goes; `external`: by path only.
+    virtual void ReAddFile(const UDMItemHandle& handle,
+                           const kxString& path,
+                           bool move,
+                           bool external) = 0;
+    virtual void RemoveFile(const UDMItemHandle& handle, const kxString& name) = 0;
+    virtual void RetrieveFilesIntoWorkspace(const UDMItemHandle& handle,
+                                            const bool& overwrite,
+                                            const bool& withChildren,
+                                            kxStlVector<kxString>& paths) = 0;
+    // One document by name, or all of them where it is empty.
+    virtual void RetrieveFilesToPath(const UDMItemHandle& handle,
+                                     const kxString& folder,
+                                     kxStlVector<kxString>& paths,
+                                     const kxString& document) = 0;
+    virtual void RetrieveFilesToFolder(const UDMItemHandle& handle,
+                                       const kxString& folder,
+                                       const bool& overwrite,
+                                       const bool& withChildren,
+                                       kxStlVector<kxString>& paths) = 0;
+
+    // --- Classifications -----------------------------------------------------------------------
+
+    // Classifications without one above them; `expression`, if not empty, must hold for them.
+    virtual void GetClassifications(kxStlVector<UDMItemHandle>& classifications,
+                                    const kxString& expression) = 0;
+    virtual void AddClassification(const UDMItemHandle& content,
+                                   const UDMItemHandle& classification) = 0;
+    virtual void RemoveClassification(const UDMItemHandle& content,
+                                      const UDMItemHandle& classification) = 0;
+    // Makes a classification a master one, or one of the others.
+    virtual void SetMaster(const UDMItemHandle& classification, bool master) = 0;
+    // Puts the entity's further files below another directory.
+    virtual void SetVault(const UDMItemHandle& handle, const kxString& directory) = 0;
+
+    // --- Definitions ---------------------------------------------------------------------------
+
+    // Takes a definition afresh from the catalogue file.
+    virtual bool ReloadContentDefinition(const kxString& definition) = 0;
+    virtual bool UpdateContentDefinition(const kxString& definition,
+                                         const kxStlVector<UDMCdefMetaData>& metadata,
+                                         bool force) = 0;
+
+    // --- Bulk import ---------------------------------------------------------------------------
+
+    virtual int AddFoldersAndFiles(const kxStlVector<kxString>& folders,
+                                   const kxStlVector<kxString>& files,
+                                   const kxString& root,
+                                   const kxStlMap<kxString, kxString>& options) = 0;
+
+    // --- References ----------------------------------------------------------------------------
+
+    virtual void AddReference(const UDMItemHandle& handle,
+                              const UDMItemHandle& target,
+                              const kxString& type) = 0;
+    virtual void GetReferences(kxStlVector<UDMItemHandle>& targets,
+                               const UDMItemHandle& handle,
+                               const kxString& type) = 0;
+    virtual void RemoveReference(const UDMItemHandle& handle, const UDMItemHandle& target) = 0;
+    // `types`, if not empty on entry, filters; on return it holds one type for each result.
+    virtual void GetReferredBy(kxStlVector<UDMItemHandle>& referring,
+                               kxStlVector<kxString>& types,
+                               const UDMItemHandle& handle) = 0;
+    virtual bool GetSyncStatus(const UDMItemHandle& handle) = 0;
+    virtual void Synchronize(const UDMItemHandle& handle) = 0;
+
+    // --- Folders -------------------------------------------------------------------------------
+    // Paths are "/A/B": names byte-exact, no empty part, no "." or "..".
+
+    // Puts a content or folder into a folder; it leaves the one that it was in.
+    virtual void MoveContent(const UDMItemHandle& content, const UDMItemHandle& folder) = 0;
+    // `withParents` true makes missing parents; false throws where the parent is missing.
+    virtual void GetOrCreateFolder(UDMItemHandle& folder,
+                                   const kxString& path,
+                                   bool withParents) = 0;
+    // Throws where the folder exists or its parent doesn't.
+    virtual void CreateFolder(UDMItemHandle& folder, const kxString& path) = 0;
+    // A missing folder throws. `ignoreCase` folds case; the exact name wins where both exist.
+    virtual void GetFolder(UDMItemHandle& folder, const kxString& path, bool ignoreCase) = 0;
+    virtual void GetFolderFullPath(kxString& path, const UDMItemHandle& folder) = 0;
+
+    // --- The session ---------------------------------------------------------------------------
+
+    // Appends a record for each attribute, in order of definition.
+    virtual void GetContentDefinitionMetadata(const kxString& definition,
+                                              kxStlVector<UDMCdefMetaData>& metadata) = 0;
+    virtual kxString GetSessionId() = 0;
+    virtual UDMProfileUtils GetProfileUtils() = 0;
+    // Writes the state of the session, for support, to the standard output.
+    virtual void DumpSession() = 0;
+
+    // --- Exchange ------------------------------------------------------------------------------
+
+    // `scope`: 0 newest revision without files, 1 with files, 2 all published revisions with files.
+    virtual void Export(const kxString& path, const kxStlVector<kxString>& uids, int scope) = 0;
+    virtual void Import(const kxString& path) = 0;
+};
+
+}  // namespace kxudm
