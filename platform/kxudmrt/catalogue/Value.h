@@ -12,9 +12,10 @@
 //   Time        STRING      "2026-01-31T12:00:00Z": UTC, whole seconds, years 0001 to 9999, so
 //                           that the order of the texts is the order of the times
 //
-// Texts are UTF-8 without NUL: a caller whose names hold other bytes encodes them first. EMPTY,
-// and an empty text where the type is neither String nor StringList, takes the value away and
-// gives EMPTY. An attribute that is mandatory takes neither EMPTY nor an empty text or list.
+// Texts are UTF-8 without NUL: a caller whose names hold other bytes encodes them first. EMPTY, an
+// empty text where the type is not String, and an empty list where it is StringList take the value
+// away: the result is EMPTY. A mandatory attribute takes neither EMPTY nor an empty text or list.
+// NaN and the infinities are no values: they have no place in an order and no form in exchange.
 #pragma once
 
 #include <cstddef>

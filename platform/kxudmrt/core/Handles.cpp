@@ -125,6 +125,7 @@ bool AttributeDefinitionState::ValidValues(kxStlVector<kxString>& /*values*/) co
 }
 ContentDefinitionState::~ContentDefinitionState() = default;
 DefinitionSource::~DefinitionSource() = default;
+kxString DefinitionSource::DefinitionForExtension(const kxString& /*extension*/) { return {}; }
 
 }  // namespace spi
 
@@ -252,6 +253,9 @@ void UDMProfileUtils::GetGroupNames(const kxString& definition,
                                     // NOLINTNEXTLINE(performance-unnecessary-value-param)
                                     kxString category) const {
     _source->GroupNames(definition, names, category);
+}
+kxString UDMProfileUtils::FindContentDefinitionByExtension(const kxString& extension) const {
+    return _source->DefinitionForExtension(extension);
 }
 
 UDMRelationHandle::UDMRelationHandle() = default;

@@ -38,6 +38,9 @@ class KXUDMRT_EXPORT UDMProfileUtils {
     void GetGroupNames(const kxString& definition,
                        kxStlVector<kxString>& names,
                        kxString category) const;
+    // Name of the definition that claims files with this extension (without the dot, case folded);
+    // empty where none does.
+    kxString FindContentDefinitionByExtension(const kxString& extension) const;
 
   private:
     boost::shared_ptr<spi::DefinitionSource> _source;

@@ -64,6 +64,8 @@ class KXUDMRT_EXPORT DefinitionSource {
     virtual void GroupNames(const kxString& definition,
                             kxStlVector<kxString>& names,
                             const kxString& category) = 0;
+    // MAY: an empty text, no definition claims it, if not provided.
+    virtual kxString DefinitionForExtension(const kxString& extension);
 };
 
 }  // namespace kxudm::spi
