@@ -172,8 +172,10 @@ class LibraryStore {
     // --- Folders and roots ---
 
     // What lies in a folder under a name (0: what lies in no folder at all), byte-exact or, with
-    // `ignoreCase`, with case folded. Several entities may bear one name.
+    // `ignoreCase`, with case folded. An empty definition means any; at the top level with
+    // `ignoreCase` name one, else every entity is looked at. Several entities may bear one name.
     void FindInFolder(EntityId folder,
+                      std::string_view definition,
                       std::string_view name,
                       const Viewer& viewer,
                       bool ignoreCase,
