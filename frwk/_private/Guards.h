@@ -1,21 +1,21 @@
-/// The two guards that every operation over an inner pointer or over the data-model runtime uses.
-///
-/// Layer: framework, private to this library. The null guard refuses an operation whose inner
-/// pointer is missing; the translation gives every failure of the runtime this library's exception
-/// type and puts the operation's signature in front of its text.
-///
-///     void UDMDBCtrl::AddChild(const UDMItemHandle& parent, ...) {
-///         KXCT_GUARD(_udmProfilePtr);
-///         KXCT_TRANSLATED([&] { _udmProfilePtr->AddChild(parent, child, group); });
-///     }
-///
-///     void UDMDBCtrl::GetParents(..., const bool flag) {
-///         constexpr auto function = "void kxct::UDMDBCtrl::GetParents(..., const bool)";
-///         KXCT_GUARD_AS(function, _udmProfilePtr);
-///         Translated(function, [&] { ... });
-///     }
-///
-/// Use the second form where the compiler's name of the function loses a const (see Signature.h).
+// The two guards that every operation over an inner pointer or over the data-model runtime uses.
+//
+// Layer: framework, private to this library. The null guard refuses an operation whose inner
+// pointer is missing; the translation gives every failure of the runtime this library's exception
+// type and puts the operation's signature in front of its text.
+//
+//     void UDMDBCtrl::AddChild(const UDMItemHandle& parent, ...) {
+//         KXCT_GUARD(_udmProfilePtr);
+//         KXCT_TRANSLATED([&] { _udmProfilePtr->AddChild(parent, child, group); });
+//     }
+//
+//     void UDMDBCtrl::GetParents(..., const bool flag) {
+//         constexpr auto function = "void kxct::UDMDBCtrl::GetParents(..., const bool)";
+//         KXCT_GUARD_AS(function, _udmProfilePtr);
+//         Translated(function, [&] { ... });
+//     }
+//
+// Use the second form where the compiler's name of the function loses a const (see Signature.h).
 #pragma once
 
 #include <exception>
@@ -25,15 +25,15 @@
 
 namespace kxct {
 
-/// Throws the failure of a null guard: signature, ":: ", source path, ". The pointer ", `name`,
-/// " is null!". `file` is __FILE__, which the build makes relative to the project's root.
+// Throws the failure of a null guard: signature, ":: ", source path, ". The pointer ", `name`,
+// " is null!". `file` is __FILE__, which the build makes relative to the project's root.
 [[noreturn]] void ThrowNullPointer(const char* function, const char* file, const char* name);
 
-/// Throws a KXCTException of `function`'s signature text, one blank and `cause.what()`.
+// Throws a KXCTException of `function`'s signature text, one blank and `cause.what()`.
 [[noreturn]] void ThrowTranslated(const char* function, const std::exception& cause);
 
-/// Runs `call` and answers what it answers. A std::exception becomes a KXCTException (see
-/// ThrowTranslated); anything else that is thrown passes through unchanged.
+// Runs `call` and answers what it answers. A std::exception becomes a KXCTException (see
+// ThrowTranslated); anything else that is thrown passes through unchanged.
 template <class Call>
 decltype(auto) Translated(const char* function, Call&& call) {
     try {
@@ -45,10 +45,10 @@ decltype(auto) Translated(const char* function, Call&& call) {
 
 }  // namespace kxct
 
-/// Refuses to go on if `pointer` (plain or smart) is null. Names the enclosing function.
+// Refuses to go on if `pointer` (plain or smart) is null. Names the enclosing function.
 #define KXCT_GUARD(pointer) KXCT_GUARD_AS(__PRETTY_FUNCTION__, pointer)
 
-/// The same with the function's declaration spelled out.
+// The same with the function's declaration spelled out.
 #define KXCT_GUARD_AS(function, pointer)                            \
     do {                                                            \
         if (!(pointer)) [[unlikely]] {                              \
@@ -56,5 +56,5 @@ decltype(auto) Translated(const char* function, Call&& call) {
         }                                                           \
     } while (false)
 
-/// Translated() with the enclosing function's name.
+// Translated() with the enclosing function's name.
 #define KXCT_TRANSLATED(...) ::kxct::Translated(__PRETTY_FUNCTION__, __VA_ARGS__)
