@@ -36,9 +36,9 @@ namespace kxudm::store {
 
 // What a library says of itself.
 struct LibraryInfo {
-    std::string name;
-    std::string id;  // 26 characters, made like a UID
-    std::string baseDirectory;
+    std::string name = {};
+    std::string id = {};  // 26 characters, made like a UID
+    std::string baseDirectory = {};
     Microseconds created = 0;
 };
 

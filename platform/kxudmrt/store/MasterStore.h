@@ -26,26 +26,26 @@ namespace kxudm::store {
 
 // A library. The key names of the interface stand behind the fields.
 struct LibraryRecord {
-    std::int64_t id = 0;      // "id", given by the store
-    std::string name;         // "name", unique among all libraries
-    std::string profileName;  // "profile_name"
-    std::string dataSource;   // "type": "local", "PostGres", ...
-    std::string ldbFile;      // "ldbFile"
-    std::string baseDirectory;
-    bool isDefault = false;  // "is_default", of at most one library
-    std::string dbHost;      // "dbhost"
-    std::string dbPort;      // "dbport"
+    std::int64_t id = 0;           // "id", given by the store
+    std::string name = {};         // "name", unique among all libraries
+    std::string profileName = {};  // "profile_name"
+    std::string dataSource = {};   // "type": "local", "PostGres", ...
+    std::string ldbFile = {};      // "ldbFile"
+    std::string baseDirectory = {};
+    bool isDefault = false;   // "is_default", of at most one library
+    std::string dbHost = {};  // "dbhost"
+    std::string dbPort = {};  // "dbport"
 };
 
 // A workspace of a user.
 struct WorkspaceRecord {
-    std::string user;                    // "user_name"
-    std::string name;                    // "name", unique for the user
-    std::string workingDirectory;        // "workingDir"
-    std::string clientWorkingDirectory;  // "client_working_dir"
-    std::string hostName;                // "host_name"
-    std::string userDisplayName;         // "uname"
-    bool isDefault = false;              // "is_default", of at most one workspace of a user
+    std::string user = {};                    // "user_name"
+    std::string name = {};                    // "name", unique for the user
+    std::string workingDirectory = {};        // "workingDir"
+    std::string clientWorkingDirectory = {};  // "client_working_dir"
+    std::string hostName = {};                // "host_name"
+    std::string userDisplayName = {};         // "uname"
+    bool isDefault = false;                   // "is_default", of at most one workspace of a user
 };
 
 using ClientSettings = std::vector<std::pair<std::string, kxVariant>>;

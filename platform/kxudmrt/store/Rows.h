@@ -26,8 +26,8 @@ constexpr int NO_REVISION = -1;
 // Who looks, or who changes: decides which revision of an entity is the newest. The texts must live
 // as long as the call.
 struct Viewer {
-    std::string_view user;
-    std::string_view workspace;
+    std::string_view user = {};
+    std::string_view workspace = {};
 };
 
 // Who and when, for the stamps of a change.
@@ -49,46 +49,46 @@ enum class LinkKind : int { Owner = 1, Reference = 2, Folder = 3, Category = 4, 
 // One revision of an entity with what belongs to the whole entity.
 struct EntityRow {
     EntityId id = 0;
-    std::string uid;  // base UID
-    std::string definition;
-    std::string name;
+    std::string uid = {};  // base UID
+    std::string definition = {};
+    std::string name = {};
     int revision = 0;
     RevisionState state = RevisionState::Unversioned;
-    std::string displayName;
+    std::string displayName = {};
     Microseconds createdTime = 0;  // of the entity
-    std::string createdUser;
+    std::string createdUser = {};
     Microseconds modifiedTime = 0;  // of this revision
-    std::string modifiedUser;
+    std::string modifiedUser = {};
     int published = NO_REVISION;  // newest published revision
     int working = NO_REVISION;    // the working revision, if somebody has one
-    std::string lockUser;         // who has it, where, since when
-    std::string lockWorkspace;
+    std::string lockUser = {};    // who has it, where, since when
+    std::string lockWorkspace = {};
     Microseconds lockTime = 0;
-    std::string packed;  // the attributes, if asked for; see Attributes.h
+    std::string packed = {};  // the attributes, if asked for; see Attributes.h
 };
 
 // What belongs to an entity or revision and is rarely wanted.
 struct EntityDetails {
-    std::string createdWorkspace;
-    std::string branchUid;  // origin of a branch, else empty
+    std::string createdWorkspace = {};
+    std::string branchUid = {};  // origin of a branch, else empty
     int branchRevision = NO_REVISION;
-    std::string vault;  // vault directory below the base directory, empty: the common one
+    std::string vault = {};  // vault directory below the base directory, empty: the common one
     Microseconds revisionCreatedTime = 0;
-    std::string revisionCreatedUser;
+    std::string revisionCreatedUser = {};
     Microseconds publishedTime = 0;  // 0: never
-    std::string publishedUser;
-    std::string revisionWorkspace;
-    std::string comment;
+    std::string publishedUser = {};
+    std::string revisionWorkspace = {};
+    std::string comment = {};
 };
 
 struct NewEntity {
-    std::string_view uid;
-    std::string_view definition;
-    std::string_view name;
-    std::string_view displayName;
+    std::string_view uid = {};
+    std::string_view definition = {};
+    std::string_view name = {};
+    std::string_view displayName = {};
     // Unversioned: at once for everybody. Working: never published, for the creator alone.
     RevisionState state = RevisionState::Unversioned;
-    std::string_view branchUid;
+    std::string_view branchUid = {};
     int branchRevision = NO_REVISION;
 };
 
@@ -96,7 +96,7 @@ struct NewEntity {
 struct LinkedRow {
     EntityRow entity;
     LinkKind kind = LinkKind::Owner;
-    std::string name;  // group or relation type
+    std::string name = {};  // group or relation type
     std::int64_t position = 0;
 };
 
@@ -104,7 +104,7 @@ struct Link {
     EntityId parent = 0;
     EntityId child = 0;
     LinkKind kind = LinkKind::Owner;
-    std::string_view name;
+    std::string_view name = {};
     // Revision of the end that bears the link: the parent, or the child of Folder and Category.
     int revision = 0;
     // Owner: the child has this one owner and is deleted with it.
@@ -116,8 +116,8 @@ struct Link {
 // A condition in SQL with its values in the order of the `?` in it, from the query compiler. It may
 // name the entity as `e` and its revision as `r`. Empty: no condition.
 struct Condition {
-    std::string sql;
-    std::vector<sql::Value> values;
+    std::string sql = {};
+    std::vector<sql::Value> values = {};
 
     [[nodiscard]] bool Empty() const noexcept { return sql.empty(); }
 };
@@ -125,8 +125,8 @@ struct Condition {
 // What became of a deletion: all that was hidden by it, the entity itself first.
 struct DeletedRow {
     EntityId id = 0;
-    std::string uid;
-    std::string definition;
+    std::string uid = {};
+    std::string definition = {};
     int newestRevision = 0;
 };
 
@@ -139,13 +139,13 @@ struct JournalEntry {
     int revision = 0;
     EntityId parent = 0;
     EntityId child = 0;
-    std::string session;
+    std::string session = {};
     std::int64_t process = 0;
-    std::string user;  // with `workspace`: the only ones told; both empty: everybody
-    std::string workspace;
-    std::string entityUid;  // filled when read
-    std::string parentUid;
-    std::string childUid;
+    std::string user = {};  // with `workspace`: the only ones told; both empty: everybody
+    std::string workspace = {};
+    std::string entityUid = {};  // filled when read
+    std::string parentUid = {};
+    std::string childUid = {};
 };
 
 }  // namespace kxudm::store

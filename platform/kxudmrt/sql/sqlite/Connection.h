@@ -13,7 +13,7 @@
 namespace kxudm::sql::sqlite {
 
 struct OpenOptions {
-    std::string file;  // UTF-8 path; ":memory:" for a database of this connection alone
+    std::string file = {};  // UTF-8 path; ":memory:" for a database of this connection alone
     // What the file is, for messages: "library", "master database".
     std::string what = "database";
     // Makes a missing file; without it a missing file is an error. The folder must be there.
@@ -23,7 +23,7 @@ struct OpenOptions {
     // schema; a file with another one is refused.
     std::int64_t applicationId = 0;
     int busyTimeoutMilliseconds = 10000;
-    std::string vfs;  // operating system layer by its registered name; empty: the default one
+    std::string vfs = {};  // operating system layer by its registered name; empty: the default one
 };
 
 // A file of 0 bytes counts as new. Throws sql::Error (CannotOpen, NotDatabase, Corrupt, ReadOnly,

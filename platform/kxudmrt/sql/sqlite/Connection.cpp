@@ -1,0 +1,266 @@
+#include "sql/sqlite/Connection.h"
+
+#include <sqlite3.h>
+
+#include <chrono>
+#include <thread>
+#include <unordered_map>
+#include <utility>
+#include <vector>
+
+#include "sql/sqlite/Cursor.h"
+#include "sql/sqlite/Errors.h"
+
+namespace kxudm::sql::sqlite {
+namespace {
+
+constexpr std::size_t KEPT_TEXTS = 32;
+
+constexpr NamedStatement BEGIN_READ{"begin reading", "BEGIN"};
+constexpr NamedStatement BEGIN_WRITE{"begin writing", "BEGIN IMMEDIATE"};
+constexpr NamedStatement COMMIT{"commit", "COMMIT"};
+constexpr NamedStatement DATA_VERSION{"data version", "PRAGMA data_version"};
+constexpr NamedStatement USER_VERSION{"schema version", "PRAGMA user_version"};
+
+class Connection final : public sql::Connection {
+  public:
+    explicit Connection(const OpenOptions& options);
+    ~Connection() override;
+
+    const std::string& File() const override { return place_.file; }
+    void Execute(const std::string& script) override;
+    std::unique_ptr<sql::Cursor> Acquire(const NamedStatement& statement) override;
+    void Release(const NamedStatement& statement,
+                 std::unique_ptr<sql::Cursor> cursor) noexcept override;
+    std::unique_ptr<sql::Cursor> Acquire(const std::string& text) override;
+    void Release(const std::string& text, std::unique_ptr<sql::Cursor> cursor) noexcept override;
+    std::int64_t LastInsertId() const override { return sqlite3_last_insert_rowid(database_); }
+    std::int64_t Changes() const override { return sqlite3_changes64(database_); }
+    std::int64_t TotalChanges() const override { return sqlite3_total_changes64(database_); }
+    bool InTransaction() const override { return sqlite3_get_autocommit(database_) == 0; }
+    std::int64_t DataVersion() override { return Number(DATA_VERSION); }
+    std::int64_t SchemaVersion() override { return Number(USER_VERSION); }
+    void SetSchemaVersion(std::int64_t version) override;
+    void Flush() override;
+
+  private:
+    void Begin(bool write, bool durable) override;
+    void CommitOutermost() override;
+    void RollbackOutermost() noexcept override;
+
+    void OpenFile();
+    void CheckApplication();
+    void SetUp();
+    void SwitchToWriteAheadLog();
+    void BackToNormal() noexcept;
+    std::int64_t Number(const NamedStatement& statement);
+    std::int64_t Number(const char* text);
+    [[noreturn]] void Fail(int code, const char* doing) const;
+
+    // Constant after construction
+    const OpenOptions options_;
+    const Place place_;
+    sqlite3* database_ = nullptr;
+
+    // Compiled statements that nobody uses just now
+    std::unordered_map<const NamedStatement*, std::vector<std::unique_ptr<sql::Cursor>>> named_;
+    std::vector<std::pair<std::string, std::unique_ptr<sql::Cursor>>> texts_;  // oldest first
+    bool full_ = false;
+};
+
+Connection::Connection(const OpenOptions& options)
+    : options_(options), place_{options.what, options.file, {}} {
+    try {
+        OpenFile();
+        CheckApplication();
+        SetUp();
+    } catch (...) {
+        named_.clear();
+        texts_.clear();
+        sqlite3_close(database_);
+        throw;
+    }
+}
+
+Connection::~Connection() {
+    named_.clear();
+    texts_.clear();
+    sqlite3_close(database_);
+}
+
+void Connection::Fail(int code, const char* doing) const {
+    Place place = place_;
+    place.doing = doing;
+    ThrowCode(code, place, database_ != nullptr ? sqlite3_errmsg(database_) : sqlite3_errstr(code));
+}
+
+void Connection::OpenFile() {
+    int flags = SQLITE_OPEN_NOMUTEX | SQLITE_OPEN_EXRESCODE;
+    flags |= options_.readOnly ? SQLITE_OPEN_READONLY : SQLITE_OPEN_READWRITE;
+    if (options_.create && !options_.readOnly) {
+        flags |= SQLITE_OPEN_CREATE;
+    }
+    const int code = sqlite3_open_v2(options_.file.c_str(),
+                                     &database_,
+                                     flags,
+                                     options_.vfs.empty() ? nullptr : options_.vfs.c_str());
+    if (code != SQLITE_OK) {
+        Fail(code, "open");
+    }
+    sqlite3_busy_timeout(database_, options_.busyTimeoutMilliseconds);
+}
+
+// Before anything is written: the file may belong to somebody else.
+void Connection::CheckApplication() {
+    const std::int64_t id = Number("PRAGMA application_id");
+    if (id == options_.applicationId) {
+        return;
+    }
+    if (id != 0 || Number("SELECT count(*) FROM sqlite_schema") != 0) {
+        throw Error(ErrorKind::NotDatabase,
+                    "'" + place_.file + "' is an SQLite file, but no " + place_.what +
+                        "; name a file that this program has made");
+    }
+}
+
+void Connection::SetUp() {
+    Execute("PRAGMA foreign_keys=ON; PRAGMA temp_store=MEMORY; PRAGMA cache_size=-32768;");
+    if (options_.readOnly) {
+        return;
+    }
+    SwitchToWriteAheadLog();
+    Execute("PRAGMA synchronous=NORMAL; PRAGMA journal_size_limit=67108864;");
+}
+
+// The switch fails at once, without the busy timeout, while another process does the same.
+void Connection::SwitchToWriteAheadLog() {
+    const auto end = std::chrono::steady_clock::now() +
+                     std::chrono::milliseconds(options_.busyTimeoutMilliseconds);
+    for (;;) {
+        try {
+            Execute("PRAGMA journal_mode=WAL");
+            return;
+        } catch (const Error& error) {
+            if (error.Kind() != ErrorKind::Busy || std::chrono::steady_clock::now() >= end) {
+                throw;
+            }
+        }
+        std::this_thread::sleep_for(std::chrono::milliseconds(5));
+    }
+}
+
+void Connection::Execute(const std::string& script) {
+    const int code = sqlite3_exec(database_, script.c_str(), nullptr, nullptr, nullptr);
+    if (code != SQLITE_OK) {
+        Fail(code, "a script");
+    }
+}
+
+std::unique_ptr<sql::Cursor> Connection::Acquire(const NamedStatement& statement) {
+    auto& idle = named_[&statement];
+    if (idle.empty()) {
+        // Room for it beforehand, so that giving it back can't fail.
+        idle.reserve(4);
+        return std::make_unique<Cursor>(database_, place_, statement.name, statement.text);
+    }
+    auto cursor = std::move(idle.back());
+    idle.pop_back();
+    return cursor;
+}
+
+void Connection::Release(const NamedStatement& statement,
+                         std::unique_ptr<sql::Cursor> cursor) noexcept {
+    cursor->Reset();
+    auto& idle = named_.find(&statement)->second;
+    if (idle.size() < idle.capacity()) {
+        idle.push_back(std::move(cursor));
+    }
+}
+
+std::unique_ptr<sql::Cursor> Connection::Acquire(const std::string& text) {
+    texts_.reserve(KEPT_TEXTS);
+    for (auto entry = texts_.begin(); entry != texts_.end(); ++entry) {
+        if (entry->first == text) {
+            auto cursor = std::move(entry->second);
+            texts_.erase(entry);
+            return cursor;
+        }
+    }
+    return std::make_unique<Cursor>(database_, place_, "a query", text);
+}
+
+void Connection::Release(const std::string& text, std::unique_ptr<sql::Cursor> cursor) noexcept {
+    cursor->Reset();
+    if (texts_.size() >= KEPT_TEXTS) {
+        texts_.erase(texts_.begin());
+    }
+    try {
+        texts_.emplace_back(text, std::move(cursor));
+    } catch (const std::bad_alloc&) {
+        // Not kept; it will be compiled again.
+    }
+}
+
+std::int64_t Connection::Number(const NamedStatement& statement) {
+    Statement query(*this, statement);
+    return query.Step() ? query.Int64(0) : 0;
+}
+
+std::int64_t Connection::Number(const char* text) {
+    Cursor query(database_, place_, "open", text);
+    return query.Step() ? query.Int64(0) : 0;
+}
+
+void Connection::SetSchemaVersion(std::int64_t version) {
+    Execute("PRAGMA application_id=" + std::to_string(options_.applicationId) +
+            "; PRAGMA user_version=" + std::to_string(version));
+}
+
+// The setting can't change inside of a transaction, so it goes around it.
+void Connection::Begin(bool write, bool durable) {
+    if (durable) {
+        Execute("PRAGMA synchronous=FULL");
+        full_ = true;
+    }
+    try {
+        Statement(*this, write ? BEGIN_WRITE : BEGIN_READ).Run();
+    } catch (...) {
+        BackToNormal();
+        throw;
+    }
+}
+
+void Connection::CommitOutermost() {
+    Statement(*this, COMMIT).Run();
+    BackToNormal();
+}
+
+void Connection::RollbackOutermost() noexcept {
+    // After a failure of its own the database may have rolled back already.
+    if (InTransaction()) {
+        sqlite3_exec(database_, "ROLLBACK", nullptr, nullptr, nullptr);
+    }
+    BackToNormal();
+}
+
+void Connection::BackToNormal() noexcept {
+    if (full_) {
+        sqlite3_exec(database_, "PRAGMA synchronous=NORMAL", nullptr, nullptr, nullptr);
+        full_ = false;
+    }
+}
+
+// A flushed commit flushes the whole log before it; writing the version again is the smallest one.
+void Connection::Flush() {
+    Transaction transaction(*this, Transaction::Mode::Write, Transaction::Durability::Full);
+    SetSchemaVersion(SchemaVersion());
+    transaction.Commit();
+}
+
+}  // namespace
+
+std::unique_ptr<sql::Connection> Open(const OpenOptions& options) {
+    return std::make_unique<Connection>(options);
+}
+
+}  // namespace kxudm::sql::sqlite
