@@ -18,15 +18,22 @@ bool OneOf(std::string_view word, const std::array<std::string_view, N>& words) 
 
 // A name alone does not tell what kind of type it is; all that are not listed here are classes.
 std::string_view KindOf(std::string_view name) {
-    static constexpr std::array<std::string_view, 6> structs{
-        "std::less", "std::greater", "std::pair", "std::char_traits", "std::hash", "Tcl_Interp"};
-    static constexpr std::array<std::string_view, 7> enums{"HistoryCategory",
+    static constexpr std::array<std::string_view, 8> structs{"std::less",
+                                                             "std::greater",
+                                                             "std::pair",
+                                                             "std::char_traits",
+                                                             "std::hash",
+                                                             "kxct::DocumentInfo",
+                                                             "kxct::Metadata",
+                                                             "Tcl_Interp"};
+    static constexpr std::array<std::string_view, 8> enums{"HistoryCategory",
                                                            "CONN_TYPE",
                                                            "ManagerType",
                                                            "ItemRenderState",
                                                            "DataType",
                                                            "QueryMode",
-                                                           "MetadataAttribute"};
+                                                           "MetadataAttribute",
+                                                           "SignalOption"};
     if (OneOf(name, structs)) {
         return "struct ";
     }

@@ -72,6 +72,12 @@ TEST(Signature, SizesAreSixtyFourBitIntegersAndEnumsAreNamedSo) {
     }
 }
 
+TEST(Signature, RecordsAreNamedAsStruct) {
+    ExpectAll({{"bool f(kxStlVector<kxct::Metadata>&, const kxct::DocumentInfo&)",
+                "bool __cdecl f(class kxStlVector<struct kxct::Metadata,class "
+                "std::allocator<struct kxct::Metadata> > &,const struct kxct::DocumentInfo &)"}});
+}
+
 TEST(Signature, StaticIsDroppedAndTheConstOfAResultStays) {
     ExpectAll({
         {"static const bool kxct::UDMDBCtrl::CheckConnection(const kxString&, kxString&)",
