@@ -77,10 +77,11 @@ class DeclarationCheck {
         }
     }
 
-    // Texts for users. Other control characters could not be written as XML.
+    // Texts for users. Tab and line feed are what XML keeps in every place: it reads a carriage
+    // return as a line feed, and knows no other control characters.
     void CheckText(const kxString& what, const kxString& text) const {
         const bool controls = std::any_of(text.begin(), text.end(), [](char c) {
-            return static_cast<unsigned char>(c) < 0x20 && c != '\t' && c != '\n' && c != '\r';
+            return static_cast<unsigned char>(c) < 0x20 && c != '\t' && c != '\n';
         });
         if (controls || FirstInvalidUtf8(text) != std::string_view::npos) {
             Refuse(what + " " + Quoted(text) + " is not UTF-8 text without control characters");

@@ -33,6 +33,9 @@ class Reader {
             Refuse(root, "catalogue version '" + Printable(version) + "' is not known; known is 1");
         }
         for (const pugi::xml_node node : root.children()) {
+            if (IsWhiteSpace(node)) {
+                continue;
+            }
             Expect(node, {"definition"}, root);
             declarations.push_back(Definition(node));
         }
