@@ -1,0 +1,58 @@
+// The items of one manager by their UID text, in byte order.
+//
+// Ownership: only Clear() deletes items. The destructor, Drop() and the losers of Add() and Get()
+// leave them alone, since somebody may still hold the pointer.
+// Cost: each operation is one or two look-ups in an ordered map; finding allocates nothing.
+// Threads: the one of the manager.
+#pragma once
+
+#include <kxct/kxct_export.h>
+#include <kxutl/kxStlMap.h>
+#include <kxutl/kxStlVector.h>
+#include <kxutl/kxString.h>
+
+#include <cstddef>
+
+namespace kxudm {
+class UDMItemHandle;
+}
+
+namespace kxct {
+
+class Item;
+
+class KXCT_EXPORT Cache {
+  public:
+    // Enters `item` unless the key is there already. The result is what is stored afterwards.
+    Item* Add(const kxString& key, Item*& item);
+
+    // Whether the key has an item; `item` is left alone if not.
+    bool Find(const kxString& key, Item*& item) const;
+
+    // Enters `candidate` under its UID unless that is there already, and sets `item` to what is
+    // stored. True if it was there. A candidate with an empty UID gives true as well, with `item`
+    // left alone and nothing stored, so it must not come here unless `item` has a sensible value.
+    bool Get(Item* candidate, Item*& item);
+
+    // Takes the entry out, without deleting the item. False if there was none.
+    bool Drop(const kxString& key);
+
+    // Deletes all items, in the order of their keys.
+    void Clear();
+
+    // Replaces `items` by all items, in the order of their keys; the result is their number.
+    size_t GetAll(kxStlVector<Item*>& items) const;
+
+    // Moves an item from `oldKey` to the UID of `handle`, and sets `item` to it. False, with `item`
+    // left alone, if the old key isn't there.
+    bool Update(const kxString& oldKey, const kxudm::UDMItemHandle& handle, Item*& item);
+
+    // Gives `item` the state of `other` and moves the entry from `oldKey` to `newKey`. An item that
+    // stands under the new key already stays there. False if the old key isn't there.
+    bool Update(const kxString& oldKey, Item* item, const kxString& newKey, Item* other);
+
+  private:
+    kxStlMap<kxString, Item*> m_items;
+};
+
+}  // namespace kxct

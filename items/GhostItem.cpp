@@ -1,0 +1,14 @@
+#include <kxct/GhostItem.h>
+
+namespace kxct {
+
+GhostItem::GhostItem(ItemManager* manager) : ItemImpl(manager, nullptr, "GhostItem") {}
+
+GhostItem::~GhostItem() = default;
+
+const kxString& GhostItem::IsA() {
+    static const kxString name("GhostItem");
+    return name;
+}
+
+}  // namespace kxct
