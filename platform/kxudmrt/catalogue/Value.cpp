@@ -28,7 +28,10 @@ struct Converted {
     kxVariant value;
     kxString expected;
 
-    static Converted To(kxVariant value) { return {std::move(value), {}}; }
+    template <class Value>
+    static Converted To(const Value& value) {
+        return {kxVariant(value), {}};
+    }
     static Converted Expected(kxString text) { return {{}, std::move(text)}; }
 };
 
