@@ -3,7 +3,6 @@
 #include <kxct/KXCTFramework.h>
 #include <kxinterp/kxInterp.h>
 #include <kxinterp/kxInterpTcl.h>
-#include <kxinterp/kxTclInterpCreator.h>
 #include <kxudm/GetEnvironmentVar.h>
 #include <kxutl/kxRuntime.h>
 #include <kxutl/kxStlMap.h>
@@ -119,13 +118,13 @@ void KXCTFramework::SetUIBrowserManager(ui::browser::IManager* manager) {
     }
     const kxString home = GetNorvikHome();
     kxInterpTcl* interp = GetTclInterp();
-    _bm = CreateUIBrowserManager(interp ? interp->GetInterp() : nullptr, home);
+    _bm = CreateUIBrowserManager(interp ? interp->interp : nullptr, home);
 }
 
 bool KXCTFramework::InvokeTclMethod(const kxString& method,
                                     kxStlVector<kxVariant>& arguments,
                                     kxVariant& result) {
-    return GetTclInterp()->Invoke(method, arguments, result);
+    return GetTclInterp()->invoke(method, arguments, result);
 }
 
 }  // namespace kxct

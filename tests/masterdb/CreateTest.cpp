@@ -2,7 +2,7 @@
 
 #include <stdexcept>
 
-#include "tests/masterdb/ManagerTest.h"
+#include "tests/masterdb/ManagerFixture.h"
 
 using testing::_;
 using testing::InSequence;

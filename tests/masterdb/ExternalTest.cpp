@@ -1,6 +1,6 @@
 #include <stdexcept>
 
-#include "tests/masterdb/ManagerTest.h"
+#include "tests/masterdb/ManagerFixture.h"
 
 namespace {
 

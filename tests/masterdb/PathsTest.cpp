@@ -1,6 +1,6 @@
 #include <kxct/KXCTException.h>
 
-#include "tests/masterdb/ManagerTest.h"
+#include "tests/masterdb/ManagerFixture.h"
 
 using testing::ElementsAre;
 using testing::IsEmpty;

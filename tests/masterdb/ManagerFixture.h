@@ -36,6 +36,8 @@ class ManagerTest : public testing::Test {
     // The manager, made from the settings files at the first call.
     ManagerPeer& Manager();
     void DeleteManager() { _manager.reset(); }
+    // The settings file alone, for tests that make managers of their own.
+    void WriteDefaults() const { WriteFile("default.xml", _settings); }
 
     kxct::UDMDBCtrl* Create(const kxString& profile,
                             const kxString& host = "",
