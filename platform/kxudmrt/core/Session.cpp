@@ -24,7 +24,8 @@ void ThrowInvalidArgException(const kxString& message,
     throw UDMInvalidArgException(message, signature, subCategory);
 }
 
-UDMUID::UDMUID(const kxString& text) : _text(text), _base(text, 0, text.find(':')) {}
+UDMUID::UDMUID(const kxString& text)
+    : _text(text), _base(std::string_view(text).substr(0, text.find(':'))) {}
 
 UDMProfileUpdate UDMProfileUpdate::OfHandle(SignalOption code, const UDMItemHandle& handle) {
     UDMProfileUpdate update(code);
