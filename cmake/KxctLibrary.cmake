@@ -10,7 +10,9 @@ target_include_directories(kxct
 target_link_libraries(kxct
   PUBLIC kxctinterfaces kxudmrt kxsigslot kxinterp kxlmcore kxlmosa kxbrowser kxutl
   PRIVATE kxudmrtxmlbinding Boost::filesystem Boost::regex)
-target_link_options(kxct PRIVATE $<$<STREQUAL:"${KXCT_SANITIZE}","">:-Wl,-z,defs>)
+if(NOT KXCT_SANITIZE)
+  target_link_options(kxct PRIVATE -Wl,-z,defs)
+endif()
 kxct_own_code(kxct)
 set_target_properties(kxct PROPERTIES
   VERSION ${PROJECT_VERSION} SOVERSION ${PROJECT_VERSION_MAJOR}
