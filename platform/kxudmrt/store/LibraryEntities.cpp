@@ -286,14 +286,16 @@ void LibraryStore::SetVault(EntityId id, std::string_view directory) {
     transaction.Commit();
 }
 
-std::vector<DeletedRow> LibraryStore::Delete(EntityId id, const Stamp& stamp) {
+std::vector<DeletedRow> LibraryStore::Delete(EntityId id, const Stamp& stamp, bool force) {
     sql::Transaction transaction(*connection_);
     std::vector<DeletedRow> rows;
     sql::Statement owned(*connection_, statements::OWNED);
     owned.BindAll(id);
     while (owned.Step()) {
         const bool locked = !owned.IsNull(4);
-        if (locked && (owned.Text(5) != stamp.by.user || owned.Text(6) != stamp.by.workspace)) {
+        const bool elsewhere = locked && (owned.Text(5) != stamp.by.user ||
+                                          owned.Text(6) != stamp.by.workspace);
+        if (elsewhere && !force) {
             throw UDMException("'" + owned.String(1) + "' can't be deleted: " + owned.String(5) +
                                " has it checked out in workspace '" + owned.String(6) + "' since " +
                                TimeText(owned.Int64(7)) +

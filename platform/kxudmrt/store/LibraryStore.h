@@ -114,8 +114,9 @@ class LibraryStore {
     void SetVault(EntityId id, std::string_view directory);
 
     // Hides the entity, and what it owns by composition at any depth. Error if somebody other than
-    // the viewer of the stamp has one of them checked out: names who, where and since when.
-    std::vector<DeletedRow> Delete(EntityId id, const Stamp& stamp);
+    // the viewer of the stamp has one of them checked out: names who, where and since when. `force`
+    // deletes it all the same.
+    std::vector<DeletedRow> Delete(EntityId id, const Stamp& stamp, bool force = false);
     // Brings back what one deletion has hidden. False: the UID is unknown or not deleted.
     bool Undelete(std::string_view baseUid);
 

@@ -1,0 +1,103 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <array>
+#include <fstream>
+
+#include "TemporaryFolder.h"
+#include "sql/sqlite/Connection.h"
+#include "store/schema/Schema.h"
+
+using namespace kxudm::store;
+namespace sql = kxudm::sql;
+using testing::AllOf;
+using testing::HasSubstr;
+
+namespace {
+
+std::unique_ptr<sql::Connection> InMemory() {
+    return sql::sqlite::Open({.file = ":memory:", .create = true});
+}
+
+// The DDL as the database has it, one statement after the other.
+std::string Ddl(sql::Connection& connection) {
+    sql::Statement statement(connection,
+                             "SELECT sql FROM sqlite_schema WHERE sql IS NOT NULL ORDER BY rowid");
+    std::string ddl;
+    while (statement.Step()) {
+        ddl += statement.String(0) + ";\n";
+    }
+    return ddl;
+}
+
+std::string Golden(const std::string& name) {
+    std::ifstream file(std::string(KXUDMRT_GOLDEN) + "/" + name);
+    return {std::istreambuf_iterator<char>(file), {}};
+}
+
+std::string Made(std::span<const SchemaStep> steps) {
+    const auto connection = InMemory();
+    BringForward(*connection, steps, "library");
+    return Ddl(*connection);
+}
+
+constexpr std::array STEPS{SchemaStep{1, "CREATE TABLE a(x)"},
+                           SchemaStep{2, "CREATE TABLE b(x); INSERT INTO b SELECT x + 1 FROM a"},
+                           SchemaStep{3, "ALTER TABLE b ADD COLUMN y DEFAULT 5"}};
+
+}  // namespace
+
+TEST(Schema, OfALibraryIsTheGoldenOne) {
+    EXPECT_EQ(Made(LibrarySchema()), Golden("library.sqlite.sql"));
+}
+
+TEST(Schema, OfTheMasterDatabaseIsTheGoldenOne) {
+    EXPECT_EQ(Made(MasterSchema()), Golden("master.sqlite.sql"));
+}
+
+TEST(Schema, AnOlderFileIsBroughtForwardWithItsRows) {
+    const auto connection = InMemory();
+    BringForward(*connection, std::span(STEPS).first(1), "library");
+    EXPECT_EQ(connection->SchemaVersion(), 1);
+    connection->Execute("INSERT INTO a VALUES (41)");
+    BringForward(*connection, STEPS, "library");
+    EXPECT_EQ(connection->SchemaVersion(), 3);
+    sql::Statement row(*connection, "SELECT x, y FROM b");
+    ASSERT_TRUE(row.Step());
+    EXPECT_EQ(row.Int64(0), 42);
+    EXPECT_EQ(row.Int64(1), 5);
+}
+
+TEST(Schema, StepsOneByOneGiveTheSameAsAllAtOnce) {
+    const auto connection = InMemory();
+    for (std::size_t count = 1; count <= STEPS.size(); ++count) {
+        BringForward(*connection, std::span(STEPS).first(count), "library");
+    }
+    EXPECT_EQ(Ddl(*connection), Made(STEPS));
+}
+
+TEST(Schema, AFailedStepLeavesTheFileAtItsVersion) {
+    const auto connection = InMemory();
+    BringForward(*connection, std::span(STEPS).first(1), "library");
+    constexpr std::array BROKEN{STEPS[0], STEPS[1], SchemaStep{3, "CREATE TABLE a(x)"}};
+    EXPECT_THROW(BringForward(*connection, BROKEN, "library"), sql::Error);
+    EXPECT_EQ(connection->SchemaVersion(), 1);
+    EXPECT_EQ(Ddl(*connection), "CREATE TABLE a(x);\n");
+}
+
+TEST(Schema, ANewerFileIsRefusedWithItsNameAndBothVersions) {
+    TemporaryFolder folder;
+    const auto connection = sql::sqlite::Open({.file = folder.File("N.ldb"), .create = true});
+    connection->SetSchemaVersion(7);
+    try {
+        BringForward(*connection, STEPS, "library");
+        FAIL() << "a newer schema was taken";
+    } catch (const sql::Error& error) {
+        EXPECT_EQ(error.Kind(), sql::ErrorKind::Version);
+        EXPECT_THAT(error.what(),
+                    AllOf(HasSubstr("library '" + folder.File("N.ldb") + "'"),
+                          HasSubstr("version 7"),
+                          HasSubstr("up to 3")));
+    }
+    EXPECT_EQ(connection->SchemaVersion(), 7);
+}
