@@ -1,0 +1,271 @@
+#include "profile/EntityState.h"
+
+#include <kxudm/UDMException.h>
+
+#include <algorithm>
+#include <utility>
+
+#include "core/Clock.h"
+#include "profile/Session.h"
+#include "profile/Words.h"
+
+namespace kxudm::profile {
+
+namespace {
+
+using store::RevisionState;
+
+kxString RevisionedUid(std::string_view base, int revision) {
+    kxString uid;
+    uid.reserve(base.size() + 3);
+    uid.append(base).append(1, ':').append(std::to_string(revision));
+    return uid;
+}
+
+}  // namespace
+
+EntityState::EntityState(boost::shared_ptr<SessionLink> link, store::EntityRow&& row, bool complete)
+    : _link(std::move(link)),
+      _catalogue(_link->catalogue),
+      _definition(_catalogue->Find(row.definition)),
+      _id(row.id),
+      _uid(RevisionedUid(row.uid, row.revision)),
+      _revision(row.revision),
+      _baseLength(static_cast<unsigned short>(row.uid.size())) {
+    if (_definition == nullptr) {
+        throw UDMException("The entity " + _uid + " is of the content definition \"" +
+                           row.definition +
+                           "\", which the library's catalogue doesn't have; it must be added");
+    }
+    Take(std::move(row), complete);
+}
+
+EntityState::EntityState(boost::shared_ptr<SessionLink> link, const kxString& baseUid, int revision)
+    : _link(std::move(link)),
+      _uid(RevisionedUid(baseUid, revision)),
+      _revision(revision),
+      _baseLength(static_cast<unsigned short>(baseUid.size())),
+      _freshness(Freshness::Gone) {}
+
+EntityState::~EntityState() {
+    if (_link->session != nullptr) {
+        _link->session->States().Remove(*this);
+    }
+}
+
+const kxString* EntityState::UserText(std::string_view user) {
+    return &*_link->users.emplace(user).first;
+}
+
+void EntityState::Take(store::EntityRow&& row, bool complete) {
+    _name = std::move(row.name);
+    _displayName = std::move(row.displayName);
+    // Attributes that are known stay: a change of them would have been told.
+    if (complete) {
+        _packed = std::move(row.packed);
+        _complete = true;
+    } else if (_freshness != Freshness::Current) {
+        _packed.clear();
+        _complete = false;
+    }
+    _createdTime = row.createdTime;
+    _modifiedTime = row.modifiedTime;
+    _createdUser = UserText(row.createdUser);
+    _modifiedUser = row.modifiedUser == row.createdUser ? _createdUser : UserText(row.modifiedUser);
+    _state = row.state;
+    _neverPublished = row.published == store::NO_REVISION;
+    _freshness = Freshness::Current;
+}
+
+void EntityState::SetModified(const store::Stamp& stamp) {
+    _modifiedTime = stamp.time;
+    _modifiedUser = UserText(stamp.by.user);
+}
+
+void EntityState::TakePacked(std::string&& packed, const store::Stamp& stamp) {
+    _packed = std::move(packed);
+    _complete = true;
+    SetModified(stamp);
+}
+
+void EntityState::SetDisplayName(std::string_view name, const store::Stamp& stamp) {
+    _displayName = kxString(name);
+    SetModified(stamp);
+}
+
+void EntityState::SetStale() {
+    _freshness = Freshness::Stale;
+}
+
+void EntityState::SetGone() {
+    _freshness = Freshness::Gone;
+    _newest = false;
+}
+
+Session& EntityState::OpenSession() const {
+    if (_link->session == nullptr) {
+        throw UDMException("The session of " + _uid +
+                           " is closed; the entity must be fetched from an open one");
+    }
+    return *_link->session;
+}
+
+// Handles see states as constant; a state itself never is.
+void EntityState::ReadAgain() const {
+    OpenSession().Reload(const_cast<EntityState&>(*this));
+}
+
+const EntityState& EntityState::Current() const {
+    if (_freshness == Freshness::Stale) {
+        ReadAgain();
+    }
+    if (_freshness == Freshness::Gone) {
+        throw UDMNotFoundException("The entity " + _uid +
+                                   " is deleted or not visible any more; use one that is there");
+    }
+    return *this;
+}
+
+const EntityState& EntityState::Complete() const {
+    Current();
+    if (!_complete) {
+        ReadAgain();
+    }
+    return Current();
+}
+
+kxString EntityState::Cdef() const {
+    return _definition != nullptr ? _definition->Name() : kxString();
+}
+
+kxString EntityState::DisplayName() const {
+    if (_freshness == Freshness::Stale) {
+        ReadAgain();
+    }
+    return _displayName;
+}
+
+kxVariant EntityState::CreationTime() const {
+    return WholeSeconds(Current()._createdTime);
+}
+kxVariant EntityState::ModifiedTime() const {
+    return WholeSeconds(Current()._modifiedTime);
+}
+kxVariant EntityState::CreatedBy() const {
+    return *Current()._createdUser;
+}
+kxVariant EntityState::ModifiedBy() const {
+    return *Current()._modifiedUser;
+}
+
+bool EntityState::HasParent() const {
+    if (_freshness == Freshness::Gone) {
+        return false;
+    }
+    Session& session = OpenSession();
+    if (const std::uint64_t now = session.LinkEpoch(); _ownerAsked != now) {
+        _hasOwner = session.HasOwner(*this);
+        _ownerAsked = now;
+    }
+    return _hasOwner;
+}
+
+bool EntityState::IsRootEntity() const {
+    return !HasParent();
+}
+
+bool EntityState::IsEditable() const {
+    if (_freshness == Freshness::Stale) {
+        ReadAgain();
+    }
+    return _freshness == Freshness::Current && _state != RevisionState::Published;
+}
+
+std::optional<bool> EntityState::IsMasterClassification() const {
+    if (_definition == nullptr || _definition->Type() != CLASSIFICATION_TYPE) {
+        return std::nullopt;
+    }
+    kxVariant value;
+    return store::FindPackedAttribute(Complete()._packed, CATEGORY_KIND, value) &&
+           value.GetString() == MASTER_CATEGORY;
+}
+
+kxVariant EntityState::AttributeValue(const kxString& name) const {
+    Complete();
+    const catalogue::AttributeDefinition* attribute = _definition->FindAttribute(name);
+    if (attribute == nullptr) {
+        throw UDMNotFoundException("The content definition \"" + _definition->Name() + "\" of " +
+                                   _uid + " has no attribute \"" + catalogue::Printable(name) +
+                                   "\"; use one of its own");
+    }
+    kxVariant value;
+    if (ComputedValue(name, value) || store::FindPackedAttribute(_packed, name, value)) {
+        return value;
+    }
+    return attribute->defaultValue;
+}
+
+kxStlVector<kxString> EntityState::AttributeNames(bool omitSystem) const {
+    Complete();
+    kxStlVector<kxString> names;
+    for (const catalogue::AttributeDefinition* attribute : _definition->Attributes()) {
+        if (!(omitSystem && attribute->system) && !AttributeValue(attribute->name).IsEmpty()) {
+            names.push_back(attribute->name);
+        }
+    }
+    return names;
+}
+
+// Attributes that are not stored with the others, because the row or the links say them.
+bool EntityState::ComputedValue(std::string_view name, kxVariant& value) const {
+    if (name == NAME) {
+        value = _name;
+    } else if (name == DISPLAY_NAME) {
+        value = _displayName;
+    } else if (!name.starts_with(SYSTEM_PREFIX)) {
+        return false;
+    } else if (name == "smd_contentrevision") {
+        value = _revision;
+    } else if (name == "smd_createduser") {
+        value = *_createdUser;
+    } else if (name == "smd_creatime") {
+        value = WholeSeconds(_createdTime);
+    } else if (name == "smd_user") {
+        value = *_modifiedUser;
+    } else if (name == "smd_ctime") {
+        value = WholeSeconds(_modifiedTime);
+    } else if (name == "smd_id") {
+        value = kxString(BaseUid());
+    } else if (name == "smd_ctype") {
+        value = _definition->Name();
+    } else if (name == "smd_ctypedn") {
+        value = _definition->DisplayName();
+    } else if (name == "smd_folder") {
+        const kxString path = OpenSession().FolderPathOf(*this);
+        value = path.empty() ? kxVariant() : kxVariant(path);
+    } else {
+        return DetailValue(name, value);
+    }
+    return true;
+}
+
+bool EntityState::DetailValue(std::string_view name, kxVariant& value) const {
+    const bool comment = name == "smd_comment";
+    const bool time = name == "smd_branchedtime";
+    const bool revision = name == "smd_branchfromver";
+    if (!comment && !time && !revision && name != "smd_branchfrom") {
+        return false;
+    }
+    const store::EntityDetails details = OpenSession().DetailsOf(*this);
+    value.Clear();
+    if (comment) {
+        value = details.comment.empty() ? kxVariant() : kxVariant(details.comment);
+    } else if (!details.branchUid.empty()) {
+        value = time       ? kxVariant(WholeSeconds(_createdTime))
+                : revision ? kxVariant(details.branchRevision)
+                           : kxVariant(details.branchUid);
+    }
+    return true;
+}
+
+}  // namespace kxudm::profile

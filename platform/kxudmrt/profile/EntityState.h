@@ -1,0 +1,133 @@
+// One revision of an entity in one session: what the handles of that revision share.
+//
+// Layer: profile. Held by its handles alone; the session's cache finds it as long as it lives. The
+// state came with one row, attributes packed as they stand in the library, and picks single
+// attributes out of them. The session marks it stale when the revision changed behind its back; it
+// then reads the row again on the next question. It outlives its session and goes on answering
+// what it knows.
+#pragma once
+
+#include <kxudm/UDMItemHandle.h>
+#include <kxudm/spi/ItemState.h>
+
+#include <boost/smart_ptr/enable_shared_from_this.hpp>
+#include <memory>
+#include <string_view>
+#include <unordered_set>
+
+#include "catalogue/Catalogue.h"
+#include "store/Rows.h"
+
+namespace kxudm::profile {
+
+class Session;
+
+// What the states of a session have in common; outlives the session as long as one of them lives.
+struct SessionLink {
+    Session* session = nullptr;  // null once the session is closed
+    std::shared_ptr<const catalogue::Catalogue> catalogue;
+    std::unordered_set<kxString> users;  // each user name once
+};
+
+class EntityState final : public spi::ItemState,
+                          public boost::enable_shared_from_this<EntityState> {
+  public:
+    // A revision that is there. Throws UDMException if the catalogue doesn't have its definition.
+    EntityState(boost::shared_ptr<SessionLink> link, store::EntityRow&& row, bool complete);
+    // One that is gone and was never seen: has its UID and nothing else.
+    EntityState(boost::shared_ptr<SessionLink> link, const kxString& baseUid, int revision);
+    ~EntityState() override;
+
+    const kxString& Uid() const override { return _uid; }
+    kxString Cdef() const override;
+    kxString DisplayName() const override;
+    int Revision() const override { return _revision; }
+    kxVariant AttributeValue(const kxString& name) const override;
+    kxStlVector<kxString> AttributeNames(bool omitSystem) const override;
+    kxVariant CreationTime() const override;
+    kxVariant ModifiedTime() const override;
+    kxVariant CreatedBy() const override;
+    kxVariant ModifiedBy() const override;
+    bool IsRootEntity() const override;
+    bool HasParent() const override;
+    bool IsEditable() const override;
+    std::optional<bool> IsMasterClassification() const override;
+
+    // --- For the session ---
+
+    [[nodiscard]] store::EntityId Id() const { return _id; }
+    [[nodiscard]] std::string_view BaseUid() const {
+        return std::string_view(_uid).substr(0, _baseLength);
+    }
+    [[nodiscard]] const boost::shared_ptr<SessionLink>& Link() const { return _link; }
+    // Null only for a state that was made without a row.
+    [[nodiscard]] const catalogue::ContentDefinition* Definition() const { return _definition; }
+    [[nodiscard]] const kxString& Name() const { return _name; }
+    [[nodiscard]] store::RevisionState State() const { return _state; }
+    // Seen by the session's user in its workspace alone.
+    [[nodiscard]] bool IsPrivate() const { return _state == store::RevisionState::Working; }
+    // Never published: nobody else sees any revision of it.
+    [[nodiscard]] bool IsNeverPublished() const { return IsPrivate() && _neverPublished; }
+    [[nodiscard]] bool IsGone() const { return _freshness == Freshness::Gone; }
+    [[nodiscard]] bool IsCurrent() const { return _freshness == Freshness::Current; }
+    [[nodiscard]] bool IsComplete() const { return _complete; }
+    // Known to be what a UID without revision stands for.
+    [[nodiscard]] bool IsNewest() const { return _newest; }
+    // Reads the row again if it has changed. Throws UDMNotFoundException if it is gone.
+    const EntityState& Current() const;
+
+    // `complete`: the row came with its attributes.
+    void Take(store::EntityRow&& row, bool complete = true);
+    void SetModified(const store::Stamp& stamp);
+    void TakePacked(std::string&& packed, const store::Stamp& stamp);
+    void SetName(std::string_view name) { _name = kxString(name); }
+    void SetDisplayName(std::string_view name, const store::Stamp& stamp);
+    void SetNewest(bool newest) { _newest = newest; }
+    // An entity owns this one, at this state of the session's links.
+    void NoteOwner(std::uint64_t epoch) {
+        _ownerAsked = epoch;
+        _hasOwner = true;
+    }
+    void SetStale();
+    void SetGone();
+
+    // Next state of the same entity, for the cache.
+    EntityState* next = nullptr;
+
+  private:
+    enum class Freshness : unsigned char { Current, Stale, Gone };
+
+    [[nodiscard]] Session& OpenSession() const;
+    void ReadAgain() const;
+    // Like Current, with the attributes there.
+    const EntityState& Complete() const;
+    const kxString* UserText(std::string_view user);
+    bool ComputedValue(std::string_view name, kxVariant& value) const;
+    bool DetailValue(std::string_view name, kxVariant& value) const;
+
+    boost::shared_ptr<SessionLink> _link;
+    // Keeps _definition alive.
+    std::shared_ptr<const catalogue::Catalogue> _catalogue;
+    const catalogue::ContentDefinition* _definition = nullptr;
+    store::EntityId _id = 0;
+    kxString _uid;  // with its revision
+    kxString _name;
+    kxString _displayName;
+    std::string _packed;
+    store::Microseconds _createdTime = 0;
+    store::Microseconds _modifiedTime = 0;
+    const kxString* _createdUser = nullptr;
+    const kxString* _modifiedUser = nullptr;
+    // Whether the entity has an owner, and at which state of the session's links that was asked.
+    mutable std::uint64_t _ownerAsked = 0;
+    int _revision = 0;
+    unsigned short _baseLength = 0;
+    store::RevisionState _state = store::RevisionState::Unversioned;
+    Freshness _freshness = Freshness::Current;
+    bool _newest = false;
+    bool _complete = false;  // _packed is there
+    bool _neverPublished = false;
+    mutable bool _hasOwner = false;
+};
+
+}  // namespace kxudm::profile

@@ -1,0 +1,27 @@
+// Folders by name and path: "/A/B", names byte-exact, no empty part, no "." or "..".
+#pragma once
+
+#include <vector>
+
+#include "profile/Session.h"
+
+namespace kxudm::profile {
+
+// Throws UDMException unless `name` can be a part of a path.
+void RequireFolderName(const kxString& name);
+// The parts of a path, at least one. Throws UDMException, naming the path.
+[[nodiscard]] std::vector<kxString> FolderPathParts(const kxString& path);
+
+// The folder that an entity lies in; 0 for none.
+[[nodiscard]] store::EntityId FolderOf(Session& session, const EntityState& state);
+// The folder of that name in `parent` (0: at the top). With `ignoreCase` the exact name wins. False
+// if there is none.
+bool FindFolder(Session& session,
+                store::EntityId parent,
+                const kxString& name,
+                bool ignoreCase,
+                store::EntityRow& row);
+// Throws UDMException if `parent` has a folder of that name.
+void RequireFreeFolderName(Session& session, store::EntityId parent, const kxString& name);
+
+}  // namespace kxudm::profile

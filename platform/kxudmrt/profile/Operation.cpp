@@ -1,0 +1,157 @@
+#include <exception>
+#include <utility>
+
+#include "profile/Bulk.h"
+#include "profile/Peers.h"
+#include "profile/Session.h"
+
+namespace kxudm::profile {
+
+Operation::Operation(Session& session, const char* name)
+    : _session((session.RequireOpen(name), session.shared_from_this())), _stamp(session.Now()) {
+    _transaction = std::make_unique<sql::Transaction>(_session->Store().Connection());
+    _session->CatchUp();
+}
+
+Operation::~Operation() = default;
+
+void Operation::Commit() {
+    if (_session->InBulk()) {
+        _transaction->Commit();
+        _session->_bulk->changes.Append(std::move(_changes));
+    } else {
+        const std::int64_t last = _session->WriteJournal(_changes, _stamp);
+        _transaction->Commit();
+        _session->_seen = last;
+    }
+    _transaction.reset();
+    for (const Session::State& bearer : _touched) {
+        bearer->SetModified(_stamp);
+        _session->TouchLinks();
+    }
+}
+
+void Operation::Leave() {
+    Commit();
+    Tell();
+}
+
+void Operation::Tell() {
+    if (!_session->InBulk()) {
+        _session->QueueOwn(_changes);
+        _session->TellEverybody();
+    }
+}
+
+std::int64_t Session::WriteJournal(const ChangeList& changes, const store::Stamp& stamp) {
+    std::int64_t last = _seen;
+    for (const Change& change : changes.All()) {
+        store::JournalEntry entry;
+        entry.time = stamp.time;
+        entry.op = change.code;
+        entry.session = _id;
+        if (change.onlyHere) {
+            entry.user = _options.user;
+            entry.workspace = _options.workspace;
+        }
+        if (change.code == SIGNAL_ENTITY_DELETED) {
+            entry.entity = change.deleted.id;
+            entry.revision = change.deleted.newestRevision;
+        } else if (change.child) {
+            entry.parent = change.subject->Id();
+            entry.child = change.child->Id();
+            entry.revision = change.child->Revision();
+        } else {
+            entry.entity = change.subject->Id();
+            entry.revision = change.subject->Revision();
+        }
+        last = _store->Append(entry);
+    }
+    return last;
+}
+
+void Session::QueueOwn(const ChangeList& changes) {
+    for (const Change& change : changes.All()) {
+        if (change.code == SIGNAL_ENTITY_DELETED) {
+            QueueDeletion(change.deleted);
+        } else if (_slots.Empty()) {
+            continue;
+        } else if (change.child) {
+            _slots.Queue(UDMProfileUpdate::OfChild(
+                change.code, UDMItemHandle(change.subject), UDMItemHandle(change.child)));
+        } else {
+            _slots.Queue(UDMProfileUpdate::OfHandle(change.code, UDMItemHandle(change.subject)));
+        }
+    }
+}
+
+std::exception_ptr Session::Dispatch() noexcept {
+    if (!IsOpen() || InBulk()) {
+        return {};
+    }
+    const auto self = shared_from_this();
+    try {
+        CatchUp();
+        return _slots.Tell();
+    } catch (...) {
+        return std::current_exception();
+    }
+}
+
+void Session::TellEverybody() {
+    std::exception_ptr failure = _slots.Tell();
+    for (const boost::shared_ptr<Session>& peer : peers::On(_options.libraryFile)) {
+        const std::exception_ptr peerFailure = peer.get() == this ? nullptr : peer->Dispatch();
+        failure = failure ? failure : peerFailure;
+    }
+    if (failure) {
+        std::rethrow_exception(failure);
+    }
+}
+
+void Session::BeginBulk() {
+    RequireOpen("BeginBulk");
+    if (_bulk) {
+        throw UDMException("A bulk edit is open in session " + _id +
+                           " already; end it before the next one");
+    }
+    auto bulk = std::make_unique<Bulk>(_store->Connection());
+    CatchUp();
+    _bulk = std::move(bulk);
+}
+
+void Session::CommitBulk() {
+    RequireOpen("CommitBulk");
+    if (!_bulk) {
+        throw UDMException("No bulk edit is open in session " + _id + "; begin one first");
+    }
+    const auto self = shared_from_this();
+    ChangeList changes;
+    try {
+        changes = std::move(_bulk->changes);
+        const std::int64_t last = WriteJournal(changes, Now());
+        _bulk->transaction.Commit();
+        _bulk.reset();
+        _seen = last;
+    } catch (...) {
+        RollbackBulk();
+        throw;
+    }
+    QueueOwn(changes);
+    TellEverybody();
+}
+
+void Session::RollbackBulk() noexcept {
+    if (!_bulk) {
+        return;
+    }
+    _bulk.reset();
+    // Whatever the states took over meanwhile did not happen.
+    _states.ForEach([](EntityState& state) {
+        state.SetNewest(false);
+        state.SetStale();
+    });
+    TouchLinks();
+}
+
+}  // namespace kxudm::profile

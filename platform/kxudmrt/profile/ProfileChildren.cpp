@@ -1,0 +1,224 @@
+#include <algorithm>
+#include <unordered_set>
+#include <utility>
+
+#include "profile/Creation.h"
+#include "profile/Profile.h"
+
+namespace kxudm::profile {
+
+namespace {
+
+using catalogue::GroupDefinition;
+using store::LinkedRow;
+using store::LinkKind;
+
+// Place of each owner group in the definition's order; names that are not there come last.
+class GroupOrder {
+  public:
+    explicit GroupOrder(const catalogue::ContentDefinition& definition) {
+        for (const GroupDefinition* group : definition.Groups()) {
+            if (group->category == catalogue::kOwner) {
+                _names.emplace_back(group->name);
+            }
+        }
+    }
+
+    void Sort(std::vector<LinkedRow>& rows) const {
+        if (_names.size() < 2) {
+            return;
+        }
+        std::stable_sort(rows.begin(), rows.end(), [this](const auto& a, const auto& b) {
+            return Place(a.name) < Place(b.name);
+        });
+    }
+
+  private:
+    [[nodiscard]] std::ptrdiff_t Place(const std::string& name) const {
+        return std::find(_names.begin(), _names.end(), name) - _names.begin();
+    }
+
+    std::vector<std::string_view> _names;
+};
+
+bool IsLeftOut(const Session& session, const Selection& selection, const LinkedRow& row) {
+    if (selection.filter == nullptr) {
+        return false;
+    }
+    const auto* definition = session.Catalogue()->Find(row.entity.definition);
+    return definition == nullptr || !definition->IsAllowedIn(*selection.filter);
+}
+
+std::vector<LinkedRow> ChildRows(Session& session,
+                                 const EntityState& parent,
+                                 const Selection& selection,
+                                 bool withAttributes) {
+    std::vector<LinkedRow> rows;
+    session.Store().Children(parent.Id(),
+                             parent.Revision(),
+                             selection.kind,
+                             selection.name,
+                             session.Viewer(),
+                             rows,
+                             withAttributes);
+    std::erase_if(rows, [&](const LinkedRow& row) { return IsLeftOut(session, selection, row); });
+    if (selection.kind == LinkKind::Owner && selection.name.empty()) {
+        GroupOrder(*parent.Definition()).Sort(rows);
+    }
+    return rows;
+}
+
+// The links by which `relation` asks, as kind and name.
+std::vector<std::pair<LinkKind, kxString>> LinksOfRelation(const kxString& relation) {
+    if (const std::optional<LinkKind> kind = KindOfCategory(relation)) {
+        return {{*kind, {}}};
+    }
+    return {{LinkKind::Owner, relation},
+            {LinkKind::Reference, relation},
+            {LinkKind::Relation, relation},
+            {LinkKind::Folder, {}},
+            {LinkKind::Category, {}}};
+}
+
+// Links of folders and classifications have no name: the parent's definition must have the group.
+bool HasGroupFor(const Session& session,
+                 const LinkedRow& parent,
+                 const EntityState& child,
+                 const kxString& group) {
+    const auto* definition = session.Catalogue()->Find(parent.entity.definition);
+    const GroupDefinition* found = definition != nullptr ? definition->FindGroup(group) : nullptr;
+    return found != nullptr && KindOfCategory(found->category) == parent.kind &&
+           child.Definition()->IsAllowedIn(*found);
+}
+
+void RemoveBorneByParent(Session& session,
+                         Operation& operation,
+                         const Session::State& parent,
+                         const Session::State& child,
+                         LinkKind kind) {
+    session.RequireEditable(*parent);
+    operation.Store().RemoveLink(
+        parent->Id(), child->Id(), kind, {}, parent->Revision(), operation.Stamp());
+    const SignalOption code =
+        kind == LinkKind::Owner ? SIGNAL_CHILD_REMOVED : SIGNAL_REFERENCE_REMOVED;
+    operation.Record(Change::OfChild(code, parent, child)
+                         .Private(parent->IsPrivate() || child->IsNeverPublished()));
+    operation.Touch(parent);
+}
+
+}  // namespace
+
+void Profile::RemoveChild(const UDMItemHandle& parent, const UDMItemHandle& child) {
+    Operation operation(*_session, "RemoveChild");
+    const Session::State holder = _session->Resolve(parent);
+    const Session::State held = _session->Resolve(child);
+    bool removed = false;
+    for (const LinkKind kind :
+         {LinkKind::Owner, LinkKind::Reference, LinkKind::Folder, LinkKind::Category}) {
+        if (!Holds(*_session, *holder, *held, kind)) {
+            continue;
+        }
+        if (IsContainerKind(kind)) {
+            LeaveContainer(*_session, operation, held, holder, kind);
+        } else {
+            RemoveBorneByParent(*_session, operation, holder, held, kind);
+        }
+        removed = true;
+    }
+    if (!removed) {
+        throw UDMNotFoundException(held->Cdef() + " " + held->Uid() + " is no child of " +
+                                   holder->Uid() + "; name a parent that it has");
+    }
+    operation.Commit();
+    operation.Tell();
+}
+
+void Profile::AddChild(const UDMItemHandle& parent,
+                       const UDMItemHandle& child,
+                       const kxString& group) {
+    Operation operation(*_session, "AddChild");
+    const Session::State holder = _session->Resolve(parent);
+    const Session::State held = _session->Resolve(child);
+    const GroupDefinition& place = GroupFor(*holder, *held->Definition(), group);
+    LinkChild(*_session, operation, holder, held, place);
+    operation.Commit();
+    operation.Tell();
+}
+
+UDMItemHandle Profile::CreateAndAddChild(const kxString& definition,
+                                         const kxString& name,
+                                         const UDMItemHandle& parent,
+                                         const kxString& group) {
+    Operation operation(*_session, "CreateAndAddChild");
+    const Session::State holder = _session->Resolve(parent);
+    const catalogue::ContentDefinition& kind = CreatableDefinition(*_session, definition);
+    const kxString checked = CheckedName(kind, name);
+    const GroupDefinition& place = GroupFor(*holder, kind, group);
+    if (!IsContainerKind(*KindOfCategory(place.category))) {
+        _session->RequireEditable(*holder);
+    }
+    const Session::State child = CreateState(*_session, operation, kind, checked);
+    LinkChild(*_session, operation, holder, child, place);
+    operation.Commit();
+    operation.Tell();
+    return UDMItemHandle(child);
+}
+
+std::size_t Profile::GetChildCount(const UDMItemHandle& parent,
+                                   const kxString& group,
+                                   const kxString& queryExpression) {
+    _session->Poll("GetChildCount");
+    RequireNoExpression(queryExpression);
+    const Session::State holder = _session->Resolve(parent);
+    const Selection selection = SelectionOf(*holder->Definition(), group);
+    if (selection.filter != nullptr) {
+        return ChildRows(*_session, *holder, selection, false).size();
+    }
+    return static_cast<std::size_t>(_session->Store().CountChildren(
+        holder->Id(), holder->Revision(), selection.kind, selection.name, _session->Viewer()));
+}
+
+void Profile::GetChildren(kxStlVector<UDMItemHandle>& children,
+                          const UDMItemHandle& parent,
+                          const kxString& group,
+                          const kxString& queryExpression) {
+    _session->Poll("GetChildren");
+    RequireNoExpression(queryExpression);
+    const Session::State holder = _session->Resolve(parent);
+    const Selection selection = SelectionOf(*holder->Definition(), group);
+    std::vector<LinkedRow> rows = ChildRows(*_session, *holder, selection, true);
+    children.reserve(children.size() + rows.size());
+    for (LinkedRow& row : rows) {
+        Session::State child = _session->StateOf(std::move(row.entity));
+        if (selection.kind == LinkKind::Owner) {
+            child->NoteOwner(_session->LinkEpoch());
+        }
+        children.emplace_back(std::move(child));
+    }
+}
+
+void Profile::GetParents(kxStlVector<UDMItemHandle>& parents,
+                         const UDMItemHandle& handle,
+                         const kxString& relation,
+                         bool anyRevision) {
+    _session->Poll("GetParents");
+    const Session::State child = _session->Resolve(handle);
+    const bool word = KindOfCategory(relation).has_value();
+    std::unordered_set<store::EntityId> reported;
+    std::vector<LinkedRow> rows;
+    for (const auto& [kind, name] : LinksOfRelation(relation)) {
+        rows.clear();
+        _session->Store().Parents(
+            child->Id(), child->Revision(), kind, name, _session->Viewer(), rows, anyRevision);
+        for (LinkedRow& row : rows) {
+            if (!word && IsContainerKind(kind) && !HasGroupFor(*_session, row, *child, relation)) {
+                continue;
+            }
+            if (reported.insert(row.entity.id).second) {
+                parents.emplace_back(_session->StateOf(std::move(row.entity), false));
+            }
+        }
+    }
+}
+
+}  // namespace kxudm::profile

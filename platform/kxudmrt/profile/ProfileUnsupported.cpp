@@ -1,0 +1,152 @@
+#include "catalogue/Value.h"
+#include "profile/Profile.h"
+
+namespace kxudm::profile {
+
+void ThrowNotOffered(const char* operation) {
+    throw UDMNotSupportedException(std::string("The operation ") + operation +
+                                   " is not offered by this version of the library yet; do "
+                                   "without it or use a newer version");
+}
+
+void RequireNoExpression(const kxString& expression) {
+    if (!expression.empty()) {
+        throw UDMNotSupportedException("The query expression \"" +
+                                       catalogue::Printable(expression) +
+                                       "\" can't be evaluated: this version of the library offers "
+                                       "no query language yet; use an empty expression");
+    }
+}
+
+UDMRelationHandle Profile::CreateRelation(const UDMItemHandle& /*first*/,
+                                          const UDMItemHandle& /*second*/,
+                                          const kxString& /*type*/,
+                                          bool /*exact*/) {
+    ThrowNotOffered("CreateRelation");
+}
+
+bool Profile::RemoveRelation(const UDMItemHandle& /*first*/, const UDMItemHandle& /*second*/) {
+    ThrowNotOffered("RemoveRelation");
+}
+
+std::size_t Profile::RunQuery(kxStlVector<UDMItemHandle>& /*hits*/,
+                              const kxString& query,
+                              int /*mode*/,
+                              long /*from*/,
+                              long /*to*/,
+                              const UDMQuerySettingHandle& /*settings*/,
+                              bool /*rootsOnly*/,
+                              bool /*fullText*/) {
+    RequireNoExpression(query);
+    ThrowNotOffered("RunQuery");
+}
+
+boost::shared_ptr<UDMHistoryNode> Profile::GetHistory(const UDMItemHandle& /*handle*/) {
+    ThrowNotOffered("GetHistory");
+}
+
+void Profile::GetDocuments(const UDMItemHandle& /*handle*/,
+                           kxStlVector<UDMGenericDocument>& /*documents*/,
+                           bool /*withExternal*/) {
+    ThrowNotOffered("GetDocuments");
+}
+
+AddFileBuilder Profile::BeginAddFile(const UDMItemHandle& /*handle*/) {
+    ThrowNotOffered("BeginAddFile");
+}
+
+void Profile::ReAddFile(const UDMItemHandle& /*handle*/,
+                        const kxString& /*path*/,
+                        bool /*move*/,
+                        bool /*external*/) {
+    ThrowNotOffered("ReAddFile");
+}
+
+void Profile::RemoveFile(const UDMItemHandle& /*handle*/, const kxString& /*name*/) {
+    ThrowNotOffered("RemoveFile");
+}
+
+void Profile::RetrieveFilesIntoWorkspace(const UDMItemHandle& /*handle*/,
+                                         const bool& /*overwrite*/,
+                                         const bool& /*withChildren*/,
+                                         kxStlVector<kxString>& /*paths*/) {
+    ThrowNotOffered("RetrieveFilesIntoWorkspace");
+}
+
+void Profile::RetrieveFilesToPath(const UDMItemHandle& /*handle*/,
+                                  const kxString& /*folder*/,
+                                  kxStlVector<kxString>& /*paths*/,
+                                  const kxString& /*document*/) {
+    ThrowNotOffered("RetrieveFilesToPath");
+}
+
+void Profile::RetrieveFilesToFolder(const UDMItemHandle& /*handle*/,
+                                    const kxString& /*folder*/,
+                                    const bool& /*overwrite*/,
+                                    const bool& /*withChildren*/,
+                                    kxStlVector<kxString>& /*paths*/) {
+    ThrowNotOffered("RetrieveFilesToFolder");
+}
+
+void Profile::SetVault(const UDMItemHandle& /*handle*/, const kxString& /*directory*/) {
+    ThrowNotOffered("SetVault");
+}
+
+bool Profile::ReloadContentDefinition(const kxString& /*definition*/) {
+    ThrowNotOffered("ReloadContentDefinition");
+}
+
+bool Profile::UpdateContentDefinition(const kxString& /*definition*/,
+                                      const kxStlVector<UDMCdefMetaData>& /*metadata*/,
+                                      bool /*force*/) {
+    ThrowNotOffered("UpdateContentDefinition");
+}
+
+int Profile::AddFoldersAndFiles(const kxStlVector<kxString>& /*folders*/,
+                                const kxStlVector<kxString>& /*files*/,
+                                const kxString& /*root*/,
+                                const kxStlMap<kxString, kxString>& /*options*/) {
+    ThrowNotOffered("AddFoldersAndFiles");
+}
+
+void Profile::AddReference(const UDMItemHandle& /*handle*/,
+                           const UDMItemHandle& /*target*/,
+                           const kxString& /*type*/) {
+    ThrowNotOffered("AddReference");
+}
+
+void Profile::GetReferences(kxStlVector<UDMItemHandle>& /*targets*/,
+                            const UDMItemHandle& /*handle*/,
+                            const kxString& /*type*/) {
+    ThrowNotOffered("GetReferences");
+}
+
+void Profile::RemoveReference(const UDMItemHandle& /*handle*/, const UDMItemHandle& /*target*/) {
+    ThrowNotOffered("RemoveReference");
+}
+
+void Profile::GetReferredBy(kxStlVector<UDMItemHandle>& /*referring*/,
+                            kxStlVector<kxString>& /*types*/,
+                            const UDMItemHandle& /*handle*/) {
+    ThrowNotOffered("GetReferredBy");
+}
+
+bool Profile::GetSyncStatus(const UDMItemHandle& /*handle*/) {
+    ThrowNotOffered("GetSyncStatus");
+}
+
+void Profile::Synchronize(const UDMItemHandle& /*handle*/) {
+    ThrowNotOffered("Synchronize");
+}
+
+void Profile::Export(const kxString& /*path*/,
+                     const kxStlVector<kxString>& /*uids*/,
+                     int /*scope*/) {
+    ThrowNotOffered("Export");
+}
+
+void Profile::Import(const kxString& /*path*/) {
+    ThrowNotOffered("Import");
+}
+
+}  // namespace kxudm::profile

@@ -1,0 +1,175 @@
+// What one session is made of: store, catalogue, the states of its handles, its slots, and its
+// place in the journal.
+//
+// Layer: profile; Profile implements IUDMProfile on top of it, in operations that read like this:
+//
+//     Operation operation(session, "SetMaster");     // one transaction, up to date
+//     EntityState& state = session.Editable(handle); // checks
+//     operation.Store().UpdateAttributes(...);
+//     operation.Record(Change::Of(SIGNAL_CONTENT_CHANGED, state));
+//     operation.Commit();                            // journal and commit
+//     state.TakePacked(...);                         // then the states ...
+//     operation.Tell();                              // ... then the slots of all sessions
+//
+// Other sessions learn of a change from the journal: those of this process at once, by CatchUp
+// through Peers, those of other processes at their next call. A session belongs to one thread.
+#pragma once
+
+#include <kxudm/UDMItemHandle.h>
+
+#include <boost/smart_ptr/enable_shared_from_this.hpp>
+#include <boost/smart_ptr/make_shared.hpp>
+#include <memory>
+#include <vector>
+
+#include "core/Clock.h"
+#include "profile/Change.h"
+#include "profile/SlotList.h"
+#include "profile/StateCache.h"
+#include "store/LibraryStore.h"
+
+namespace kxudm::profile {
+
+struct SessionOptions {
+    kxString libraryName;
+    kxString libraryFile;
+    kxString profileName;
+    kxString user;
+    kxString workspace;
+    kxString workspaceDirectory;
+    core::Clock* clock = nullptr;  // the machine's where null
+};
+
+class Session : public boost::enable_shared_from_this<Session> {
+  public:
+    using State = boost::shared_ptr<EntityState>;
+
+    // Reads the catalogue out of the library.
+    Session(std::unique_ptr<store::LibraryStore> store, SessionOptions options);
+    ~Session();
+
+    // --- Constant facts ---
+
+    [[nodiscard]] const kxString& Id() const { return _id; }
+    [[nodiscard]] const SessionOptions& Options() const { return _options; }
+    [[nodiscard]] store::Viewer Viewer() const { return {_options.user, _options.workspace}; }
+    [[nodiscard]] store::Stamp Now() const;
+
+    // --- Its life ---
+
+    [[nodiscard]] bool IsOpen() const { return _store != nullptr; }
+    // Throws UDMException, naming the operation, on a closed session.
+    void RequireOpen(const char* operation) const;
+    // Tells code 34, lets the slots go and closes the library. Never fails.
+    void Close() noexcept;
+    // Writes what is in it to the standard output.
+    void Dump() const;
+
+    // --- Its parts; only while it is open ---
+
+    [[nodiscard]] store::LibraryStore& Store() { return *_store; }
+    [[nodiscard]] const std::shared_ptr<const catalogue::Catalogue>& Catalogue() const {
+        return _link->catalogue;
+    }
+    [[nodiscard]] StateCache& States() { return _states; }
+    [[nodiscard]] SlotList& Slots() { return _slots; }
+    [[nodiscard]] const boost::shared_ptr<SessionLink>& Link() const { return _link; }
+
+    // --- Entities ---
+
+    // The state that a row stands for: the one that lives, brought up to date, else a new one.
+    // `complete`: the row has its attributes.
+    State StateOf(store::EntityRow&& row, bool complete = true);
+    // The newest or the exact revision of a UID text, from the cache or the store. Null if it is
+    // not there for this session.
+    State Find(const kxString& uid);
+    // The same, but throws UDMNotFoundException.
+    State Get(const kxString& uid);
+    // The state behind a handle, also one of another session. Throws for an empty handle and for
+    // what is gone.
+    State Resolve(const UDMItemHandle& handle);
+    // Throws UDMException, saying what holds it, if the revision can't be edited here.
+    void RequireEditable(const EntityState& state);
+
+    // --- Asked by states ---
+
+    void Reload(EntityState& state);
+    bool HasOwner(const EntityState& state);
+    // Empty for what lies in no folder.
+    kxString FolderPathOf(const EntityState& state);
+    store::EntityDetails DetailsOf(const EntityState& state);
+    // Goes up whenever somebody becomes an owner or ceases to be one.
+    [[nodiscard]] std::uint64_t LinkEpoch() const { return _linkEpoch; }
+    void TouchLinks() { ++_linkEpoch; }
+
+    // --- Changes ---
+
+    // Begin of a reading operation: takes in what others did and tells the slots of it.
+    void Poll(const char* operation);
+    // Takes in what others did, without telling. For inside of a transaction, too.
+    void CatchUp();
+    // Hands queued updates to the slots and rethrows what one of them threw.
+    void Tell();
+    // Both, unless the session is closed or in a bulk edit. Returns what failed, null if nothing.
+    [[nodiscard]] std::exception_ptr Dispatch() noexcept;
+
+    void BeginBulk();
+    void CommitBulk();
+    void RollbackBulk() noexcept;
+    [[nodiscard]] bool InBulk() const { return _bulk != nullptr; }
+
+  private:
+    friend class Operation;
+
+    void Apply(const store::JournalEntry& entry);
+    void ApplyDeletion(const store::JournalEntry& entry);
+    UDMItemHandle ChildHandle(const store::JournalEntry& entry);
+    std::int64_t WriteJournal(const ChangeList& changes, const store::Stamp& stamp);
+    void QueueOwn(const ChangeList& changes);
+    void QueueDeletion(const store::DeletedRow& gone);
+    void TellEverybody();
+    State FindInStore(std::string_view base, std::string_view revision);
+
+    struct Bulk;
+
+    SessionOptions _options;
+    kxString _id;
+    boost::shared_ptr<SessionLink> _link;
+    std::unique_ptr<store::LibraryStore> _store;
+    StateCache _states;
+    SlotList _slots;
+    std::unique_ptr<Bulk> _bulk;
+    std::int64_t _seen = 0;  // last journal entry taken in
+    std::uint64_t _linkEpoch = 1;
+};
+
+// A change in one transaction. Without Commit it is rolled back.
+class Operation {
+  public:
+    // Throws on a closed session. Begins the transaction and takes in what others did before.
+    Operation(Session& session, const char* name);
+    ~Operation();
+    Operation(const Operation&) = delete;
+    Operation& operator=(const Operation&) = delete;
+
+    [[nodiscard]] store::LibraryStore& Store() { return _session->Store(); }
+    [[nodiscard]] const store::Stamp& Stamp() const { return _stamp; }
+    void Record(Change change) { _changes.Add(std::move(change)); }
+    // A link that this revision bears was added or removed: Commit stamps the revision.
+    void Touch(const Session::State& bearer) { _touched.push_back(bearer); }
+    // Writes the journal and commits; inside of a bulk edit, hands the changes over to it.
+    void Commit();
+    // For an operation that finds nothing to change: ends it and tells what others did.
+    void Leave();
+    // Tells the slots of this session, then those of its peers. Does nothing in a bulk edit.
+    void Tell();
+
+  private:
+    boost::shared_ptr<Session> _session;  // a slot may discard the session
+    store::Stamp _stamp;
+    std::unique_ptr<sql::Transaction> _transaction;
+    ChangeList _changes;
+    std::vector<Session::State> _touched;
+};
+
+}  // namespace kxudm::profile

@@ -1,0 +1,260 @@
+#include "providers/local/LocalProvider.h"
+
+#include <algorithm>
+#include <boost/smart_ptr/make_shared.hpp>
+#include <exception>
+#include <filesystem>
+#include <optional>
+#include <utility>
+
+#include "core/LocalProvider.h"
+#include "profile/Peers.h"
+#include "profile/Profile.h"
+#include "providers/local/LibraryFile.h"
+#include "providers/local/Registration.h"
+
+namespace kxudm {
+
+boost::shared_ptr<spi::IUDMProvider> core::MakeLocalProvider() {
+    return boost::make_shared<providers::LocalProvider>();
+}
+
+namespace providers {
+
+namespace {
+
+using SessionPtr = boost::shared_ptr<profile::Session>;
+
+// Connection types of libraries, as the interface numbers them.
+constexpr unsigned int LIBRARIES = 1;
+constexpr unsigned int EXTERNAL_REPOSITORIES = 2;
+
+bool IsOfType(const store::LibraryRecord& library, unsigned int connType) {
+    const bool ours = library.dataSource == "local" || library.dataSource == "PostGres";
+    return ours == (connType == LIBRARIES);
+}
+
+void RequireConnType(unsigned int connType) {
+    if (connType != LIBRARIES && connType != EXTERNAL_REPOSITORIES) {
+        throw UDMException("The connection type " + std::to_string(connType) +
+                           " is unknown; use 1 for libraries or 2 for external repositories");
+    }
+}
+
+void Pick(const kxStlMap<kxString, kxString>& fields,
+          const kxStlVector<kxString>& keys,
+          kxStlMap<kxString, kxString>& out) {
+    for (const kxString& key : keys) {
+        if (const auto found = fields.find(key); found != fields.end()) {
+            out[key] = found->second;
+        }
+    }
+}
+
+LibraryPlan PlanOf(const Parameters& parameters, const store::LibraryRecord& library) {
+    const kxString config = parameters.Required("UDMConfigFile");
+    const auto catalogue =
+        catalogue::Catalogue::ReadFiles(config, parameters.Text("CustomEntityDefinitionsFolder"));
+    return {library.name, library.baseDirectory, library.ldbFile, catalogue->ToXml()};
+}
+
+store::LibraryRecord NewRecord(const Parameters& parameters, const kxString& name) {
+    store::LibraryRecord library;
+    library.name = name;
+    library.profileName = parameters.Text("ProfileName");
+    library.dataSource = "local";
+    library.baseDirectory = parameters.RequiredPath("RepositoryBaseDir");
+    library.ldbFile = LibraryFileName(library.baseDirectory, parameters.RepositoryName());
+    return library;
+}
+
+}  // namespace
+
+boost::shared_ptr<IUDMProfile> LocalProvider::OpenProfile(const Parameters& params) {
+    const providers::Parameters parameters(params);
+    const kxString name = parameters.RepositoryName();
+    const auto master = OpenMaster(parameters);
+    const store::WorkspaceRecord workspace = WantedWorkspace(*master, parameters);
+
+    store::LibraryRecord library;
+    std::optional<NewLibraryFile> made;
+    const bool known = master->FindLibrary(name, library);
+    if (known) {
+        RequireSameLibrary(parameters, library);
+    } else {
+        library = NewRecord(parameters, name);
+        if (!FileExists(library.ldbFile)) {
+            made.emplace(PlanOf(parameters, library));
+        }
+    }
+    auto store = OpenLibraryFile(library.ldbFile, _options.busyTimeoutMilliseconds);
+    MakeDirectories(workspace.workingDirectory, "directory of the workspace (WorkspaceBaseDir)");
+    const SessionPtr session = boost::make_shared<profile::Session>(
+        std::move(store),
+        profile::SessionOptions{.libraryName = library.name,
+                                .libraryFile = NormalPath(library.ldbFile),
+                                .profileName = library.profileName,
+                                .user = workspace.user,
+                                .workspace = workspace.name,
+                                .workspaceDirectory = workspace.workingDirectory,
+                                .clock = _options.clock});
+    // The library's row comes last: without it nothing of the library is there.
+    static_cast<void>(master->AddWorkspace(workspace));
+    if (!known) {
+        RegisterLibrary(*master, library);
+    }
+    if (made) {
+        made->Keep();
+    }
+    profile::peers::Join(session);
+    return boost::make_shared<profile::Profile>(session);
+}
+
+void LocalProvider::CloseProfile(const boost::shared_ptr<IUDMProfile>& profile) {
+    if (const auto ours = boost::dynamic_pointer_cast<profile::Profile>(profile)) {
+        ours->Close();
+    }
+}
+
+bool LocalProvider::CheckConnection(const kxString& /*dataSource*/,
+                                    const kxString& a,
+                                    const kxString& b,
+                                    const kxString& /*host*/,
+                                    const kxString& /*c*/,
+                                    const kxString& /*username*/,
+                                    const kxString& /*password*/,
+                                    kxString& message) {
+    std::error_code error;
+    if (a.empty() || !std::filesystem::is_directory(a.c_str(), error)) {
+        message = "The base directory \"" + a + "\" is not there.";
+        return false;
+    }
+    const kxString directory = NormalPath(a);
+    if (b.empty()) {
+        message = "The base directory \"" + directory + "\" is there.";
+        return true;
+    }
+    try {
+        RequireLibraryName(b);
+        const kxString file = LibraryFileName(directory, b);
+        if (!FileExists(file)) {
+            message = "The base directory \"" + directory + "\" has no library \"" + b + "\".";
+            return false;
+        }
+        const auto reached = OpenLibraryFile(file, _options.busyTimeoutMilliseconds);
+        message = "The library \"" + b + "\" in \"" + directory + "\" can be reached.";
+        return true;
+    } catch (const std::exception& failure) {
+        message = kxString(std::string(failure.what()) + ".");
+        return false;
+    }
+}
+
+void LocalProvider::GetRepositoryIds(kxStlVector<kxString>& ids,
+                                     const Parameters& params,
+                                     unsigned int connType) {
+    RequireConnType(connType);
+    auto libraries = OpenMaster(providers::Parameters(params))->Libraries();
+    std::sort(libraries.begin(), libraries.end(), [](const auto& a, const auto& b) {
+        return a.id < b.id;
+    });
+    for (const store::LibraryRecord& library : libraries) {
+        if (IsOfType(library, connType)) {
+            ids.push_back(std::to_string(library.id));
+        }
+    }
+}
+
+void LocalProvider::GetRepositoryInfo(kxStlMap<kxString, kxString>& info,
+                                      const kxString& id,
+                                      const kxStlVector<kxString>& keys,
+                                      const Parameters& params,
+                                      unsigned int connType) {
+    RequireConnType(connType);
+    const auto master = OpenMaster(providers::Parameters(params));
+    Pick(LibraryFields(LibraryOfId(*master, id)), keys, info);
+}
+
+void LocalProvider::GetRepositoryClientSettings(kxStlMap<kxString, kxVariant>& out,
+                                                const kxString& id,
+                                                const Parameters& params) {
+    const auto master = OpenMaster(providers::Parameters(params));
+    for (const auto& [key, value] : master->LibraryClientSettings(LibraryOfId(*master, id).id)) {
+        out[kxString(key)] = value;
+    }
+}
+
+void LocalProvider::GetWorkspaces(kxStlVector<kxString>& ids, const Parameters& params) {
+    const providers::Parameters parameters(params);
+    const kxString user = parameters.Required("username");
+    for (const store::WorkspaceRecord& workspace : OpenMaster(parameters)->Workspaces(user)) {
+        ids.push_back(workspace.name);
+    }
+}
+
+void LocalProvider::GetWorkspaceInfo(kxStlMap<kxString, kxString>& info,
+                                     const kxString& id,
+                                     const kxStlVector<kxString>& keys,
+                                     const Parameters& params) {
+    const providers::Parameters parameters(params);
+    const kxString user = parameters.Required("username");
+    store::WorkspaceRecord workspace;
+    if (!OpenMaster(parameters)->FindWorkspace(user, id, workspace)) {
+        throw UDMNotFoundException("The user \"" + catalogue::Printable(user) +
+                                   "\" has no workspace \"" + catalogue::Printable(id) +
+                                   "\"; open a session in it to make it");
+    }
+    Pick(WorkspaceFields(workspace), keys, info);
+}
+
+void LocalProvider::AddExistingRepository(const Parameters& params, const kxString& name) {
+    const providers::Parameters parameters(params);
+    RequireLibraryName(name);
+    const store::LibraryRecord library = NewRecord(parameters, name);
+    const auto store = OpenLibraryFile(library.ldbFile, _options.busyTimeoutMilliseconds);
+    RegisterLibrary(*OpenMaster(parameters), library);
+    // It may have been moved or copied here.
+    if (store->Info().baseDirectory != library.baseDirectory) {
+        store->SetBaseDirectory(library.baseDirectory);
+    }
+}
+
+void LocalProvider::SetDefaultRepository(const Parameters& params) {
+    const providers::Parameters parameters(params);
+    const auto master = OpenMaster(parameters);
+    master->SetDefaultLibrary(LibraryOfName(*master, parameters.RepositoryName()).id);
+}
+
+void LocalProvider::DeleteRepository(const Parameters& params, bool deleteFiles, bool force) {
+    const providers::Parameters parameters(params);
+    const auto master = OpenMaster(parameters);
+    const store::LibraryRecord library = LibraryOfName(*master, parameters.RepositoryName());
+    RequireSameLibrary(parameters, library);
+    const std::vector<SessionPtr> open = profile::peers::On(NormalPath(library.ldbFile));
+    if (!open.empty() && !force) {
+        throw UDMException("The library \"" + library.name + "\" is open in " +
+                           std::to_string(open.size()) +
+                           " sessions of this program; close them before deleting it");
+    }
+    for (const SessionPtr& session : open) {
+        session->Close();
+    }
+    master->RemoveLibrary(library.id);
+    if (deleteFiles) {
+        RemoveLibraryFiles(library.ldbFile);
+    }
+}
+
+void LocalProvider::DispatchUpdates() {
+    std::exception_ptr failure;
+    for (const SessionPtr& session : profile::peers::All()) {
+        const std::exception_ptr one = session->Dispatch();
+        failure = failure ? failure : one;
+    }
+    if (failure) {
+        std::rethrow_exception(failure);
+    }
+}
+
+}  // namespace providers
+}  // namespace kxudm
