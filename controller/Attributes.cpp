@@ -188,8 +188,10 @@ kxVariant ControllerImpl::_AskScript(const kxString& attribute,
     if (argument != nullptr) {
         arguments.push_back(*argument);
     }
+    // A copy: the script may take its own attribute out of the map.
+    const kxString procedure = found->second;
     kxVariant result(kxString{});
-    KXCTFramework::InvokeTclMethod(found->second, arguments, result);
+    KXCTFramework::InvokeTclMethod(procedure, arguments, result);
     return result;
 }
 

@@ -6,6 +6,8 @@
 #include <kxct/SignalHandler.h>
 #include <kxct/UDMDBCtrl.h>
 
+#include <memory>
+
 #include "controller/_private/Contents.h"
 
 namespace kxct {
@@ -121,25 +123,25 @@ ItemManager* ControllerImpl::_GetItemManager(const ManagerType& type) {
         return found->second;
     }
     SignalHandler* handler = GetSignalHandler(type);
-    ItemManager* manager = nullptr;
+    std::unique_ptr<ItemManager> manager;
     if (type == MANAGER_DEFAULT) {
-        manager = new DefaultItemManager(_dbCtrl, handler);
+        manager = std::make_unique<DefaultItemManager>(_dbCtrl, handler);
         manager->connect(nullptr);
     } else if (type == MANAGER_HISTORY) {
         // Never connected: the history tree gets no updates.
-        manager = new HistoryItemManager(_dbCtrl, handler);
+        manager = std::make_unique<HistoryItemManager>(_dbCtrl, handler);
     }
-    _itemManagers[type] = manager;
-    return manager;
+    _itemManagers[type] = manager.get();
+    return manager.release();
 }
 
 SignalHandler* ControllerImpl::GetSignalHandler(const ManagerType& type) {
     if (const auto found = _signalHandlers.find(type); found != _signalHandlers.end()) {
         return found->second;
     }
-    auto* handler = new SignalHandler();
-    _signalHandlers[type] = handler;
-    return handler;
+    auto handler = std::make_unique<SignalHandler>();
+    _signalHandlers[type] = handler.get();
+    return handler.release();
 }
 
 kxudm::UDMItemHandle ControllerImpl::_GetItemHandle(Item* item) const {
@@ -200,13 +202,15 @@ void ControllerImpl::ClearCache(const ManagerType& type) {
     }
 }
 
-size_t ControllerImpl::GetMasterClassifications(kxStlVector<Item*>& items) {
+size_t ControllerImpl::_ClassificationItems(
+    kxStlVector<Item*>& items,
+    void (UDMDBCtrl::*list)(kxStlVector<kxudm::UDMItemHandle>&, const kxString&)) {
     try {
         if (!IsDBValid()) {
             return 0;
         }
         kxStlVector<kxudm::UDMItemHandle> handles;
-        _dbCtrl->GetRootClassifications(handles, "");
+        (_dbCtrl->*list)(handles, "");
         ItemManager* manager = handles.empty() ? nullptr : _GetItemManager(MANAGER_DEFAULT);
         if (manager == nullptr) {
             return 0;
@@ -218,22 +222,12 @@ size_t ControllerImpl::GetMasterClassifications(kxStlVector<Item*>& items) {
     }
 }
 
+size_t ControllerImpl::GetMasterClassifications(kxStlVector<Item*>& items) {
+    return _ClassificationItems(items, &UDMDBCtrl::GetRootClassifications);
+}
+
 size_t ControllerImpl::GetOtherClassifications(kxStlVector<Item*>& items) {
-    try {
-        if (!IsDBValid()) {
-            return 0;
-        }
-        kxStlVector<kxudm::UDMItemHandle> handles;
-        _dbCtrl->GetOtherClassifications(handles, "");
-        ItemManager* manager = handles.empty() ? nullptr : _GetItemManager(MANAGER_DEFAULT);
-        if (manager == nullptr) {
-            return 0;
-        }
-        manager->ToItems(&handles, items);
-        return items.size();
-    } catch (const std::exception&) {
-        return 0;
-    }
+    return _ClassificationItems(items, &UDMDBCtrl::GetOtherClassifications);
 }
 
 const kxString ControllerImpl::GetLibraryName() {

@@ -87,48 +87,33 @@ bool ControllerImpl::_FindSiblings(const kxString& type,
     return true;
 }
 
-Item* ControllerImpl::_ItemOfFolder(kxudm::UDMItemHandle& handle) {
-    ItemManager* manager = _GetItemManager(MANAGER_DEFAULT);
-    return manager != nullptr ? manager->CreateItem(handle) : nullptr;
+// The item of the folder whose handle `find` fills.
+Item* ControllerImpl::_FolderItem(const std::function<void(kxudm::UDMItemHandle&)>& find) {
+    try {
+        ItemManager* manager = _GetItemManager(MANAGER_DEFAULT);
+        if (manager == nullptr) {
+            return nullptr;
+        }
+        kxudm::UDMItemHandle handle;
+        find(handle);
+        return manager->CreateItem(handle);
+    } catch (const std::exception&) {
+        return nullptr;
+    }
 }
 
 Item* ControllerImpl::CreateFolder(const kxString& path) {
-    try {
-        if (_GetItemManager(MANAGER_DEFAULT) == nullptr) {
-            return nullptr;
-        }
-        kxudm::UDMItemHandle handle;
-        _dbCtrl->CreateFolder(handle, path);
-        return _ItemOfFolder(handle);
-    } catch (const std::exception&) {
-        return nullptr;
-    }
+    return _FolderItem([&](kxudm::UDMItemHandle& handle) { _dbCtrl->CreateFolder(handle, path); });
 }
 
 Item* ControllerImpl::GetOrCreateFolder(const kxString& path, bool flag) {
-    try {
-        if (_GetItemManager(MANAGER_DEFAULT) == nullptr) {
-            return nullptr;
-        }
-        kxudm::UDMItemHandle handle;
-        _dbCtrl->GetOrCreateFolder(handle, path, flag);
-        return _ItemOfFolder(handle);
-    } catch (const std::exception&) {
-        return nullptr;
-    }
+    return _FolderItem(
+        [&](kxudm::UDMItemHandle& handle) { _dbCtrl->GetOrCreateFolder(handle, path, flag); });
 }
 
 Item* ControllerImpl::GetFolder(const kxString& path, bool flag) {
-    try {
-        if (_GetItemManager(MANAGER_DEFAULT) == nullptr) {
-            return nullptr;
-        }
-        kxudm::UDMItemHandle handle;
-        _dbCtrl->GetFolder(handle, path, flag);
-        return _ItemOfFolder(handle);
-    } catch (const std::exception&) {
-        return nullptr;
-    }
+    return _FolderItem(
+        [&](kxudm::UDMItemHandle& handle) { _dbCtrl->GetFolder(handle, path, flag); });
 }
 
 }  // namespace kxct

@@ -120,8 +120,9 @@ bool ControllerImpl::Organize(kxStlVector<Item*>& items, Item* target) {
     if (AsContent(target) == nullptr) {
         return false;
     }
-    const bool toFolder = _IsDefinitionType(target, "Foldertype");
-    if (!toFolder && !_IsDefinitionType(target, "Categories")) {
+    const kxString type = target->GetAttributeValue(ATTRIBUTE_NAME::CONTENTDEFINITION).GetString();
+    const bool toFolder = type == "Foldertype";
+    if (!toFolder && type != "Categories") {
         return false;
     }
     for (Item* item : items) {

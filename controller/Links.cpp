@@ -166,15 +166,13 @@ void ControllerImpl::Synchronize(Item* item) {
 }
 
 bool ControllerImpl::AddRelation(Item* from, Item* to, const kxString& name) {
-    // Relations made here stay on the exact revisions.
-    constexpr bool kExact = true;
     try {
         ContentItem* first = IsDBValid() ? AsFilledContent(from) : nullptr;
         ContentItem* second = AsFilledContent(to);
         if (first == nullptr || second == nullptr) {
             return false;
         }
-        _dbCtrl->CreateRelation(name, first->GetItemHandle(), second->GetItemHandle(), kExact);
+        _dbCtrl->CreateRelation(name, first->GetItemHandle(), second->GetItemHandle());
         return true;
     } catch (const std::exception&) {
         return false;

@@ -34,6 +34,15 @@ void AppendVersions(UDMDBCtrl& session, int versions, kxStlVector<kxudm::UDMItem
     hits.insert(hits.end(), older.begin(), older.end());
 }
 
+// A manager replaces the list that it is given; a query adds to its caller's.
+void AppendItems(ItemManager& manager,
+                 kxStlVector<kxudm::UDMItemHandle>& handles,
+                 kxStlVector<Item*>& items) {
+    kxStlVector<Item*> found;
+    manager.ToItems(&handles, found);
+    items.insert(items.end(), found.begin(), found.end());
+}
+
 }  // namespace
 
 size_t ControllerImpl::Query(const kxString& query,
@@ -85,17 +94,38 @@ size_t ControllerImpl::Query(const kxString& query,
             return 0;
         }
         if (_childFilters.size() != 0) {
-            const auto isBarren = [this](Item* item) {
-                return item != nullptr &&
-                       _childFilters.GetParentTypes().count(item->GetType()) != 0 &&
-                       !item->HasChildren(_hideMap, _filterMap, _childFilters);
-            };
-            items.erase(std::remove_if(items.begin(), items.end(), isBarren), items.end());
+            _DropBarrenItems(items);
         }
         return items.size();
     } catch (const std::exception&) {
         return 0;
     }
+}
+
+// Takes out the items that could have children under the child filters and have none. Where asking
+// one fails, those before it are thinned out and the rest stays.
+void ControllerImpl::_DropBarrenItems(kxStlVector<Item*>& items) {
+    size_t kept = 0;
+    size_t next = 0;
+    const auto closeGap = [&] {
+        items.erase(items.begin() + static_cast<std::ptrdiff_t>(kept),
+                    items.begin() + static_cast<std::ptrdiff_t>(next));
+    };
+    try {
+        for (; next < items.size(); ++next) {
+            Item* item = items[next];
+            const bool isBarren = item != nullptr &&
+                                  _childFilters.GetParentTypes().count(item->GetType()) != 0 &&
+                                  !item->HasChildren(_hideMap, _filterMap, _childFilters);
+            if (!isBarren) {
+                items[kept++] = item;
+            }
+        }
+    } catch (...) {
+        closeGap();
+        throw;
+    }
+    closeGap();
 }
 
 bool ControllerImpl::_ExecQuery(const kxString& query,
@@ -117,7 +147,7 @@ bool ControllerImpl::_ExecQuery(const kxString& query,
         if (versions >= 0) {
             AppendVersions(*_dbCtrl, versions, hits);
         }
-        manager->ToItems(&hits, *items);
+        AppendItems(*manager, hits, *items);
         return true;
     } catch (const std::exception&) {
         return false;
@@ -140,7 +170,7 @@ bool ControllerImpl::_ExecQueryFullText(const kxString& query,
         kxudm::UDMQuerySettingHandle settings = SettingsFor(ignoreCase);
         kxStlVector<kxudm::UDMItemHandle> hits;
         _dbCtrl->ExecQueryFullText(query, mode, settings, hits, a, b, c);
-        manager->ToItems(&hits, *items);
+        AppendItems(*manager, hits, *items);
         return true;
     } catch (const std::exception&) {
         return false;

@@ -15,6 +15,8 @@
 #include <kxctinterfaces/Controller.h>
 #include <kxctinterfaces/MasterDBManager.h>
 
+#include <functional>
+
 namespace kxudm {
 class UDMItemHandle;
 }
@@ -213,7 +215,7 @@ class KXCT_EXPORT ControllerImpl : public Controller {
     bool _GetUDMItemHandleList(kxStlVector<kxudm::UDMItemHandle>& handles,
                                const kxStlVector<kxString>& uids);
 
-    // False where the query failed or can't be asked. `items` is replaced.
+    // Append the hits to `items`. False where the query failed or can't be asked.
     bool _ExecQuery(const kxString& query,
                     kxStlVector<Item*>* items,
                     const ManagerType& type,
@@ -249,7 +251,11 @@ class KXCT_EXPORT ControllerImpl : public Controller {
                          Item* item,
                          const kxVariant* argument) const;
     void _RaiseItemUpdated(Item* item);
-    Item* _ItemOfFolder(kxudm::UDMItemHandle& handle);
+    Item* _FolderItem(const std::function<void(kxudm::UDMItemHandle&)>& find);
+    size_t _ClassificationItems(kxStlVector<Item*>& items,
+                                void (UDMDBCtrl::*list)(kxStlVector<kxudm::UDMItemHandle>&,
+                                                        const kxString&));
+    void _DropBarrenItems(kxStlVector<Item*>& items);
     bool _FindSiblings(const kxString& type,
                        const kxString& expression,
                        Item* parent,

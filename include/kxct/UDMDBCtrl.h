@@ -294,11 +294,11 @@ class KXCT_EXPORT UDMDBCtrl {
 
     // --- Relations, references and queries -----------------------------------------------------
 
-    // `flag`: the relation stays on the two exact revisions.
+    // `flag`: the relation stays on the two exact revisions. Without it, it follows to newer ones.
     kxudm::UDMRelationHandle CreateRelation(const kxString& type,
                                             kxudm::UDMItemHandle& first,
                                             kxudm::UDMItemHandle& second,
-                                            bool flag);
+                                            bool flag = false);
     // False if there was none.
     bool RemoveRelation(kxudm::UDMItemHandle& first, kxudm::UDMItemHandle& second);
     void AddReference(kxudm::UDMItemHandle& handle,

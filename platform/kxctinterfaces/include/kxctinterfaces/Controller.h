@@ -179,8 +179,8 @@ class KXCTINTERFACES_EXPORT Controller {
 
     // Runs a query: hits `a` up to but not including `b` (0, 0: all), `c` for root entities only.
     // `versions`: negative for the hits alone, 0 for all their older versions too, n for at most n
-    // of them each. The result is the size of the list, which is appended to for UIDs and replaced
-    // for items. Hits that could have children under the child filter list and have none are
+    // of them each. The list is appended to; the result is its size for items, and the number found
+    // for UIDs. Hits that could have children under the child filter list and have none are
     // dropped. A failing query finds nothing.
     virtual size_t Query(const kxString& query,
                          kxStlVector<kxString>& uids,
