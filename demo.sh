@@ -18,5 +18,5 @@ fi
   cmake --preset release >/dev/null
   cmake --build --preset release --target first_read -- --quiet
 )
-exec "$project/build/release/examples/first_read" \
+exec "$project/build/release/bin/first_read" \
   "$project/data" "${KXCT_DEMO_DIR:-$project/build/demo}" "$folder"

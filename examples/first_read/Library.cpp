@@ -30,8 +30,9 @@ void WriteSettings(const std::string& defaults,
     kxct::Settings settings(defaults, user);
     const kxString branch =
         "common/System/" + kxct::KXCTFramework::GetCurrentVersion() + "/MasterDB";
-    for (const kxString& key :
-         {branch, branch + "/" + kxct::KXCTFramework::GetPlatform(), branch + "/auto"}) {
+    const kxString keys[] = {
+        branch, branch + "/" + kxct::KXCTFramework::GetPlatform(), branch + "/auto"};
+    for (const kxString& key : keys) {
         settings.Set(key, "/" + masterDatabase.string());
     }
     settings.Write();

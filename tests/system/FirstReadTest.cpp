@@ -7,6 +7,8 @@
 #include "Host.h"
 
 using kxct::Controller;
+namespace ATTRIBUTE_NAME = kxct::ATTRIBUTE_NAME;
+namespace ATTRIBUTE_DEFINITION = kxct::ATTRIBUTE_DEFINITION;
 using kxct::Item;
 
 TEST(FirstRead, ACreatedLibraryOpensAgainWithAllThatWasPutIn) {

@@ -62,7 +62,7 @@ kxct::Controller* Host::Create(const kxString& library,
                                            library,
                                            Libraries().string(),
                                            workspace,
-                                           (_home / "work" / workspace).string(),
+                                           (_home / "work" / std::string(workspace)).string(),
                                            user,
                                            "",
                                            "",
@@ -127,5 +127,5 @@ std::string Host::CreateFailure(const fs::path& baseDirectory, const kxString& l
 }
 
 fs::path Host::LibraryFile(const kxString& library) const {
-    return Libraries() / (library + ".ldb");
+    return Libraries() / std::string(library + ".ldb");
 }
