@@ -18,31 +18,31 @@
 namespace kxct::mock {
 
 struct FakeAttribute {
-    kxString name;
-    kxString displayName;
-    kxString description;
-    kxString category;
+    kxString name{};
+    kxString displayName{};
+    kxString description{};
+    kxString category{};
     kxString dataType = "String";
     bool isSystem = false;
     bool isDisplayable = true;
     bool isMandatory = false;
     bool isEditable = true;
     // Empty: any value.
-    kxStlVector<kxString> validValues;
+    kxStlVector<kxString> validValues{};
 };
 
 struct FakeGroup {
-    kxString name;
-    kxString category;
-    kxStlVector<kxString> allowed;
+    kxString name{};
+    kxString category{};
+    kxStlVector<kxString> allowed{};
 };
 
 struct FakeDefinition {
-    kxString name;
+    kxString name{};
     kxString type = "Normal";
-    kxString displayName;
-    std::vector<FakeAttribute> attributes;
-    std::vector<FakeGroup> groups;
+    kxString displayName{};
+    std::vector<FakeAttribute> attributes{};
+    std::vector<FakeGroup> groups{};
 };
 
 kxudm::UDMAttributeDefinitionHandle HandleOf(const FakeAttribute& attribute);
