@@ -129,6 +129,11 @@ void DefinitionSource::GroupNames(const kxString& definition,
     names.insert(names.end(), groups.begin(), groups.end());
 }
 
+kxString DefinitionSource::DefinitionForExtension(const kxString& extension) {
+    const catalogue::ContentDefinition* definition = Catalogue()->ForExtension(extension);
+    return definition != nullptr ? definition->Name() : kxString();
+}
+
 void AppendMetadata(const catalogue::ContentDefinition& definition,
                     kxStlVector<UDMCdefMetaData>& metadata) {
     for (const catalogue::AttributeDefinition* attribute : definition.Attributes()) {

@@ -26,6 +26,7 @@ class DefinitionSource final : public spi::DefinitionSource {
     void GroupNames(const kxString& definition,
                     kxStlVector<kxString>& names,
                     const kxString& category) override;
+    kxString DefinitionForExtension(const kxString& extension) override;
 
   private:
     [[nodiscard]] std::shared_ptr<const catalogue::Catalogue> Catalogue() const;
