@@ -293,8 +293,8 @@ std::vector<DeletedRow> LibraryStore::Delete(EntityId id, const Stamp& stamp, bo
     owned.BindAll(id);
     while (owned.Step()) {
         const bool locked = !owned.IsNull(4);
-        const bool elsewhere = locked && (owned.Text(5) != stamp.by.user ||
-                                          owned.Text(6) != stamp.by.workspace);
+        const bool elsewhere =
+            locked && (owned.Text(5) != stamp.by.user || owned.Text(6) != stamp.by.workspace);
         if (elsewhere && !force) {
             throw UDMException("'" + owned.String(1) + "' can't be deleted: " + owned.String(5) +
                                " has it checked out in workspace '" + owned.String(6) + "' since " +

@@ -26,7 +26,7 @@ std::pair<EntityId, EntityId> Ends(EntityId parent, EntityId child, LinkKind kin
 
 void ReadAll(sql::Statement& statement, LinkKind kind, std::vector<LinkedRow>& out) {
     while (statement.Step()) {
-        ReadLinkedRow(statement, kind, out.emplace_back());
+        ReadLinkedRow(statement, kind, AddRow(out));
     }
 }
 

@@ -10,7 +10,7 @@ namespace {
 
 void ReadAll(sql::Statement& statement, std::vector<EntityRow>& out) {
     while (statement.Step()) {
-        ReadEntityRow(statement, out.emplace_back());
+        ReadEntityRow(statement, AddRow(out));
     }
 }
 
@@ -96,7 +96,7 @@ std::int64_t LibraryStore::Find(const Condition& condition,
     std::int64_t hits = 0;
     for (; find.Step(); ++hits) {
         if (all || (hits >= first && hits < last)) {
-            ReadEntityRow(find, out.emplace_back());
+            ReadEntityRow(find, AddRow(out));
         }
     }
     return hits;

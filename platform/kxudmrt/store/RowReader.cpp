@@ -21,10 +21,17 @@ void ReadEntityRow(const sql::Statement& statement, EntityRow& row) {
     row.modifiedTime = statement.Int64(9);
     row.modifiedUser.assign(statement.Text(10));
     row.published = statement.IsNull(11) ? NO_REVISION : statement.Int(11);
-    row.working = statement.IsNull(12) ? NO_REVISION : statement.Int(12);
-    row.lockUser.assign(statement.Text(13));
-    row.lockWorkspace.assign(statement.Text(14));
-    row.lockTime = statement.Int64(15);
+    if (statement.IsNull(12)) {
+        row.working = NO_REVISION;
+        row.lockUser.clear();
+        row.lockWorkspace.clear();
+        row.lockTime = 0;
+    } else {
+        row.working = statement.Int(12);
+        row.lockUser.assign(statement.Text(13));
+        row.lockWorkspace.assign(statement.Text(14));
+        row.lockTime = statement.Int64(15);
+    }
     row.packed.assign(statement.Bytes(ATTRIBUTES_COLUMN));
 }
 

@@ -5,6 +5,7 @@
 #define KXUDMRT_STORE_ROWREADER_H
 
 #include <string>
+#include <vector>
 
 #include "sql/Connection.h"
 #include "store/Rows.h"
@@ -20,6 +21,17 @@ constexpr int LINK_POSITION_COLUMN = 18;
 void ReadEntityRow(const sql::Statement& statement, EntityRow& row);
 // The same, with link name and position behind.
 void ReadLinkedRow(const sql::Statement& statement, LinkKind kind, LinkedRow& row);
+
+// A new last row. Long listings grow in larger steps than the vector's own: rows are large, moving
+// them costs more than room that is never touched.
+template <typename Row>
+Row& AddRow(std::vector<Row>& rows) {
+    constexpr std::size_t LONG = 256;
+    if (rows.size() == rows.capacity() && rows.size() >= LONG) {
+        rows.reserve(4 * rows.size());
+    }
+    return rows.emplace_back();
+}
 
 [[nodiscard]] constexpr EntityId RevisionId(EntityId entity, int number) {
     return (entity << 24) + number;
