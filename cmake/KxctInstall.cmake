@@ -9,6 +9,10 @@ install(EXPORT kxctTargets NAMESPACE kxct:: DESTINATION ${package_dir} COMPONENT
 install(FILES ${PROJECT_BINARY_DIR}/kxctConfig.cmake ${PROJECT_BINARY_DIR}/kxctConfigVersion.cmake
   DESTINATION ${package_dir} COMPONENT development)
 
+# The way back from the pkg-config files to the prefix, so that an installed copy can be moved.
+file(RELATIVE_PATH PC_PREFIX_FROM_HERE
+  /prefix/${CMAKE_INSTALL_LIBDIR}/pkgconfig /prefix)
+
 # kxct_pkgconfig(NAME DESCRIPTION REQUIRES)
 function(kxct_pkgconfig name description requires)
   set(PC_NAME ${name})
