@@ -18,6 +18,10 @@ using kxudm::UDMUID;
 
 namespace {
 
+// The source that failures name. Not __FILE__: how that is spelled depends on the build, and the
+// session's operations stand in several files.
+constexpr char SOURCE[] = "db/_private/UDMDBCtrl.cpp";
+
 // Runs where nothing can be thrown: a session that can't be closed properly is still over for us.
 void EndSession(boost::shared_ptr<IUDMProfile> profile) noexcept {
     try {
@@ -52,7 +56,7 @@ void AppendRecord(kxStlVector<kxString>& out,
 }  // namespace
 
 void ThrowMissingInSession(const char* function, const char* pointerName) {
-    ThrowNullPointer(function, __FILE__, pointerName);
+    ThrowNullPointer(function, SOURCE, pointerName);
 }
 
 UDMDBCtrl::UDMDBCtrl(const kxStlMap<kxString, kxVariant>& params) : _parameters(params) {
