@@ -11,6 +11,7 @@
 #include <stdlib.h>
 
 #include <boost/smart_ptr/make_shared.hpp>
+#include <boost/smart_ptr/weak_ptr.hpp>
 #include <filesystem>
 #include <functional>
 #include <stdexcept>
