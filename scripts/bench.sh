@@ -1,0 +1,110 @@
+#!/usr/bin/env bash
+# Builds the release preset, runs every benchmark beside its floor and prints the table of
+# docs/figures.md: operation, size, floor, ours, ratio, budget.
+#
+#   scripts/bench.sh                 all of it, five interleaved repetitions, about ten minutes
+#   scripts/bench.sh -r 3            three repetitions
+#   scripts/bench.sh -f 'attribute'  only operations that match the regular expression
+#   scripts/bench.sh -b DIR          build directory (default: build/release)
+#
+# Ratios are those of the medians. Times are processor time of the process, user and system, so
+# that other programs on the machine do not count.
+set -euo pipefail
+cd "$(dirname "$0")/.."
+
+repetitions=5
+filter=.
+build=build/release
+while getopts r:f:b: option; do
+  case $option in
+    r) repetitions=$OPTARG ;;
+    f) filter=$OPTARG ;;
+    b) build=$OPTARG ;;
+    *) exit 2 ;;
+  esac
+done
+
+work=$(mktemp -d)
+trap 'rm -rf "$work"' EXIT
+
+if ! { cmake --preset release -B "$build" &&
+       cmake --build "$build" --target kxct_bench kxct_bench_memory; } >"$work/build" 2>&1; then
+  tail -n 30 "$work/build" >&2
+  echo "bench: the build failed" >&2
+  exit 1
+fi
+
+# --- The stamp ---
+
+compiler=$(sed -n 's/^CMAKE_CXX_COMPILER:[^=]*=//p' "$build/CMakeCache.txt")
+commit=$(git rev-parse --short HEAD)
+git diff --quiet HEAD -- . || commit="$commit with changes"
+memory=$(awk '/^MemTotal/ { printf "%.0f GiB", $2 / 1048576 }' /proc/meminfo)
+processor=$(lscpu | sed -n 's/^Model name: *//p' | head -n 1)
+echo "commit $commit, $("$compiler" --version | head -n 1), release, $(date -u +%F)"
+echo "$processor, $(nproc) processors, $memory, $(uname -sr)"
+echo
+
+# --- Times ---
+
+"$build/bin/kxct_bench" --benchmark_filter="$filter" --benchmark_format=csv \
+  --benchmark_repetitions="$repetitions" --benchmark_enable_random_interleaving=true \
+  --benchmark_report_aggregates_only=true >"$work/times" 2>"$work/log" || {
+  cat "$work/log" >&2
+  exit 1
+}
+
+awk -F, '
+function budget_of(operation) {
+  if (operation == "item from the cache") return "1.5"
+  if (operation == "item by UID") return "2"
+  if (operation == "children, first time") return "2"
+  if (operation == "children, again") return "1.5"
+  if (operation == "attribute edit") return "1.3"
+  if (operation ~ /^bulk creation/) return "2"
+  return "-"
+}
+function text_of(nanoseconds) {
+  if (nanoseconds < 1000) return sprintf("%.0f ns", nanoseconds)
+  if (nanoseconds < 1000000) return sprintf("%.2f us", nanoseconds / 1000)
+  return sprintf("%.1f ms", nanoseconds / 1000000)
+}
+BEGIN {
+  scale["ns"] = 1; scale["us"] = 1000; scale["ms"] = 1000000; scale["s"] = 1000000000
+  print "| operation | size | floor | ours | ratio | budget |"
+  print "|---|---:|---:|---:|---:|---:|"
+}
+# The name is quoted and may hold commas: it is taken off from the left.
+match($0, /^"[^"]*_median"/) {
+  name = substr($0, 2, RLENGTH - 2)
+  rest = substr($0, RLENGTH + 2)
+  split(rest, field, ",")
+  sub(/_median$/, "", name)
+  sub(/\/iterations:1/, "", name)
+  split(name, part, "/")
+  key = part[1] "|" part[3]
+  time = field[3] * scale[field[4]]
+  # Rounds of many are told per item.
+  if (field[6] != "") time = 1000000000 / field[6]
+  if (part[2] == "floor") { floor[key] = time; if (!(key in seen)) { order[++count] = key; seen[key] } }
+  else ours[key] = time
+}
+END {
+  for (i = 1; i <= count; i++) {
+    key = order[i]
+    if (!(key in ours)) continue
+    split(key, part, "|")
+    printf "| %s | %s | %s | %s | %.2f | %s |\n", part[1], part[2], text_of(floor[key]),
+      text_of(ours[key]), ours[key] / floor[key], budget_of(part[1])
+  }
+}' "$work/times"
+
+# --- Memory ---
+
+if [[ $filter == . || "memory per cached item" =~ $filter ]]; then
+  echo
+  echo "| memory of a cached item with its handle | items | bytes | packed attributes | without | budget |"
+  echo "|---|---:|---:|---:|---:|---:|"
+  "$build/bin/kxct_bench_memory" | awk -F, 'NR > 1 {
+    printf "| | %s | %s | %s | %s | 400 |\n", $1, $2, $3, $4 }'
+fi
