@@ -9,9 +9,9 @@
 //     if (guard.BeginsWithMarkup()) { std::istream checked(&guard); ... }
 #pragma once
 
-#include <array>
 #include <istream>
 #include <streambuf>
+#include <vector>
 
 #include "settings/_private/MarkupMeter.h"
 
@@ -32,7 +32,8 @@ class DocumentGuard : public std::streambuf {
   private:
     std::istream& _source;
     MarkupMeter _meter;
-    std::array<char, 65536> _buffer{};
+    // On the heap: a document may be read on a thread with a small stack.
+    std::vector<char> _buffer = std::vector<char>(65536);
 };
 
 }  // namespace kxct

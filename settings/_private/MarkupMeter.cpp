@@ -1,5 +1,6 @@
 #include "settings/_private/MarkupMeter.h"
 
+#include <algorithm>
 #include <cstring>
 #include <string_view>
 
@@ -20,7 +21,10 @@ std::size_t MarkupMeter::Accept(const char* data, std::size_t size) {
     std::size_t position = 0;
     while (position < size && !_exceeded) {
         const std::size_t plain = SkipPlainText(data + position, size - position);
-        position += plain;
+        if (plain > 0) {
+            position += plain;
+            _previous = data[position - 1];
+        }
         if (position < size) {
             Step(data[position]);
             _previous = data[position];
@@ -36,19 +40,26 @@ std::size_t MarkupMeter::Accept(const char* data, std::size_t size) {
 // How far the state is sure to stay as it is, in the states in which documents spend their
 // megabytes.
 std::size_t MarkupMeter::SkipPlainText(const char* data, std::size_t size) const {
-    char end = 0;
+    if (_state == State::TagName) {
+        const char* end =
+            std::find_if(data, data + size, [](char each) { return IsBlank(each) || each == '>'; });
+        return static_cast<std::size_t>(end - data);
+    }
+    char next = 0;
     if (_state == State::Text) {
-        end = '<';
+        next = '<';
     } else if (_state == State::QuotedValue) {
-        end = _quote;
+        next = _quote;
+    } else if (_state == State::Instruction) {
+        next = '?';
     } else if (_state == State::Comment && _run == 0) {
-        end = '-';
+        next = '-';
     } else if (_state == State::CData && _run == 0) {
-        end = ']';
+        next = ']';
     } else {
         return 0;
     }
-    const void* found = std::memchr(data, end, size);
+    const void* found = std::memchr(data, next, size);
     return found == nullptr ? size
                             : static_cast<std::size_t>(static_cast<const char*>(found) - data);
 }

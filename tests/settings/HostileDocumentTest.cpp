@@ -1,5 +1,10 @@
 // Documents that were made to harm: none may crash the process, keep it busy or grow in memory.
 // A test that does not come back is ended by the time limit of the test program.
+#include <pthread.h>
+
+#include <algorithm>
+#include <functional>
+
 #include "DocumentFixture.h"
 #include "settings/_private/MarkupMeter.h"
 
@@ -46,7 +51,24 @@ TEST(HostileDocument, ExternalEntitiesAreNotFetched) {
     }
 }
 
-TEST(HostileDocument, NestingBelowTenThousandLevelsIsReadAndWritten) {
+// Runs `work` on a thread whose stack has this size.
+void OnThread(std::size_t stackSize, std::function<void()> work) {
+    pthread_attr_t attributes;
+    ASSERT_EQ(pthread_attr_init(&attributes), 0);
+    ASSERT_EQ(pthread_attr_setstacksize(&attributes, stackSize), 0);
+    pthread_t thread;
+    const auto run = [](void* argument) -> void* {
+        (*static_cast<std::function<void()>*>(argument))();
+        return nullptr;
+    };
+    ASSERT_EQ(pthread_create(&thread, &attributes, run, &work), 0);
+    ASSERT_EQ(pthread_join(thread, nullptr), 0);
+    pthread_attr_destroy(&attributes);
+}
+
+constexpr std::size_t largeStack = 64 << 20;
+
+void ReadAndWriteNineThousandLevels() {
     const std::size_t levels = 9000;
     SettingsDocument document(
         SettingsText(Repeat("<Key name='a'>", levels) + Repeat("</Key>", levels)));
@@ -56,6 +78,20 @@ TEST(HostileDocument, NestingBelowTenThousandLevelsIsReadAndWritten) {
     }
     EXPECT_EQ(depth, levels);
     EXPECT_THAT(document.Write(), Not(IsEmpty()));
+}
+
+TEST(HostileDocument, NestingBelowTenThousandLevelsIsReadAndWritten) {
+    OnThread(largeStack, ReadAndWriteNineThousandLevels);
+}
+
+TEST(HostileDocument, NestingEndsBeforeASmallStackDoes) {
+    OnThread(256 << 10, [] {
+        SettingsDocument document(SettingsText(
+            "<Key name='first'/>" + Repeat("<Key name='a'>", 9000) + Repeat("</Key>", 9000)));
+        EXPECT_EQ(document.Context()->error, SOAP_LEVEL);
+        EXPECT_EQ(document->Key.at(0)->name, "first");
+        document.Write();
+    });
 }
 
 TEST(HostileDocument, NestingBeyondTenThousandLevelsEndsTheReading) {
@@ -225,9 +261,9 @@ TEST(HostileDocument, ANamespaceDeclaredByEachOfManySiblingsIsFine) {
 
 TEST(HostileDocument, ControlCharactersAndBrokenUtf8DoNotEndTheProcess) {
     for (int byte = 0; byte < 256; ++byte) {
-        const std::string one(1, static_cast<char>(byte));
-        SettingsDocument document(
-            SettingsText("<Key name='a" + one + "b' value='" + one + one + "'>" + one + "</Key>"));
+        std::string text = SettingsText("<Key name='a#b' value='##'>#</Key>");
+        std::replace(text.begin(), text.end(), '#', static_cast<char>(byte));
+        SettingsDocument document(text);
         ASSERT_LE(document->Key.size(), 1U);
         document.Write();
     }

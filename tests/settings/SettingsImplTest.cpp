@@ -304,6 +304,7 @@ TEST_F(SettingsImplTest, AssignmentSharesTheDocumentOfTheOther) {
     // Keeps the context that the assignment abandons reachable for leak checkers.
     static std::array<void*, sizeof(SettingsImpl) / sizeof(void*)> before;
     std::memcpy(before.data(), static_cast<const void*>(assigned), sizeof(SettingsImpl));
+    ASSERT_NE(before.front(), nullptr);
     *assigned = _settings;
     EXPECT_TRUE(assigned->Set("a", kxVariant("shared")));
     EXPECT_EQ(Value("a"), "shared");
