@@ -2,7 +2,7 @@
 //
 // Layer: store. One SQLite file that several processes share; a store owns its connection and
 // belongs to one thread at a time. Every change survives a loss of power when the operation
-// returns. The runtime's operations open a store, ask, and close it again: opening costs well under
+// returns. The runtime's operations open a store, ask, and close it again: opening costs less than
 // a millisecond, and a host that only sits there keeps no file open.
 //
 //     auto master = MasterStore::Open("/home/u/master.db");
