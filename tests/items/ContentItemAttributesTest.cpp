@@ -224,9 +224,8 @@ class ContentItemNameList : public ContentTest {
 };
 
 TEST_F(ContentItemNameList, AddsEditableNamesOfTheDefinitionToWhatTheHandleReports) {
-    EXPECT_THAT(
-        content->GetAttributeNameList(false, false),
-        ElementsAre("reported", "smd_x", "system", "hidden", "plain", "contentdefinition"));
+    EXPECT_THAT(content->GetAttributeNameList(false, false),
+                ElementsAre("reported", "smd_x", "system", "hidden", "plain", "contentdefinition"));
 }
 
 TEST_F(ContentItemNameList, LeavesOutSystemNamesWhenAsked) {
