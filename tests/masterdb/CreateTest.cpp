@@ -80,6 +80,7 @@ TEST_F(CreateTest, MakesTheFolderAboveTheLibrary) {
 
 TEST_F(CreateTest, AnswersNullWhereTheFolderCanNotBeMade) {
     WriteFile("base");
+    libraryDir = Path("base/below/a/file");
     EXPECT_EQ(Create("Files"), nullptr);
     EXPECT_TRUE(opened.empty());
 }

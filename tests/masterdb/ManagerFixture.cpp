@@ -58,6 +58,7 @@ std::filesystem::path NewFolder() {
 }  // namespace
 
 ManagerTest::ManagerTest() : folder(NewFolder()), _settings(SETTINGS) {
+    libraryDir = Path("base/library");
     binDir.Set("/inst/kx/bin/linux64");
     testFolder.Unset();
     for (const char* name : {"master.db", "auto.db", "udm.xml", "own.xml", "old.xml"}) {
@@ -93,7 +94,7 @@ kxct::UDMDBCtrl* ManagerTest::Create(const kxString& profile,
                                      const kxString& repository) {
     return Manager().Create(profile,
                             repository,
-                            Path("base/library"),
+                            libraryDir,
                             "Work",
                             "/given/work",
                             "anna",

@@ -49,7 +49,7 @@ class ManagerTest : public testing::Test {
 
     kxString Path(const kxString& name) const { return (folder / std::string(name)).string(); }
     void WriteFile(const kxString& name, const kxString& text = "") const;
-    // Replaces a whole "<Key .../>" or attribute text of the default settings, before Manager().
+    // Changes the text of the default settings; before Manager().
     void EditSettings(const std::string& from, const std::string& to);
     // What the user's settings file holds now.
     kxString Stored(const kxString& key) const;
@@ -69,6 +69,7 @@ class ManagerTest : public testing::Test {
     kxStlMap<kxString, Record> libraries;   // id -> record; "type" tells which lookup finds it
     kxStlMap<kxString, Record> workspaces;  // id -> record
     Parameters clientSettings;
+    kxString libraryDir;  // where Create puts the library: "base/library" in the folder
     std::vector<Parameters> opened;
 
   private:
