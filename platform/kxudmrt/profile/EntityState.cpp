@@ -26,8 +26,7 @@ kxString RevisionedUid(std::string_view base, int revision) {
 
 EntityState::EntityState(boost::shared_ptr<SessionLink> link, store::EntityRow&& row, bool complete)
     : _link(std::move(link)),
-      _catalogue(_link->catalogue),
-      _definition(_catalogue->Find(row.definition)),
+      _definition(_link->catalogue->Find(row.definition)),
       _id(row.id),
       _uid(RevisionedUid(row.uid, row.revision)),
       _revision(row.revision),
@@ -58,16 +57,11 @@ const kxString* EntityState::UserText(std::string_view user) {
 }
 
 void EntityState::Take(store::EntityRow&& row, bool complete) {
-    _name = std::move(row.name);
-    _displayName = std::move(row.displayName);
     // Attributes that are known stay: a change of them would have been told.
-    if (complete) {
-        _packed = std::move(row.packed);
-        _complete = true;
-    } else if (_freshness != Freshness::Current) {
-        _packed.clear();
-        _complete = false;
-    }
+    const bool keep = !complete && _complete && _freshness == Freshness::Current;
+    const std::string kept = keep ? std::string(Packed()) : std::string();
+    SetTexts(row.name, row.displayName, keep ? kept : row.packed);
+    _complete = complete || keep;
     _createdTime = row.createdTime;
     _modifiedTime = row.modifiedTime;
     _createdUser = UserText(row.createdUser);
@@ -82,14 +76,34 @@ void EntityState::SetModified(const store::Stamp& stamp) {
     _modifiedUser = UserText(stamp.by.user);
 }
 
-void EntityState::TakePacked(std::string&& packed, const store::Stamp& stamp) {
-    _packed = std::move(packed);
+void EntityState::SetTexts(std::string_view name,
+                           std::string_view displayName,
+                           std::string_view packed) {
+    _sameNames = name == displayName;
+    std::string texts;
+    texts.reserve(name.size() + (_sameNames ? 0 : displayName.size()) + packed.size());
+    texts.append(name);
+    if (!_sameNames) {
+        texts.append(displayName);
+    }
+    texts.append(packed);
+    _nameSize = static_cast<std::uint32_t>(name.size());
+    _displaySize = _sameNames ? 0 : static_cast<std::uint32_t>(displayName.size());
+    _texts = std::move(texts);
+}
+
+void EntityState::SetName(std::string_view name) {
+    SetTexts(name, DisplayText(), Packed());
+}
+
+void EntityState::TakePacked(std::string_view packed, const store::Stamp& stamp) {
+    SetTexts(NameText(), DisplayText(), packed);
     _complete = true;
     SetModified(stamp);
 }
 
 void EntityState::SetDisplayName(std::string_view name, const store::Stamp& stamp) {
-    _displayName = kxString(name);
+    SetTexts(NameText(), name, Packed());
     SetModified(stamp);
 }
 
@@ -142,7 +156,7 @@ kxString EntityState::DisplayName() const {
     if (_freshness == Freshness::Stale) {
         ReadAgain();
     }
-    return _displayName;
+    return kxString(DisplayText());
 }
 
 kxVariant EntityState::CreationTime() const {
@@ -163,7 +177,7 @@ bool EntityState::HasParent() const {
         return false;
     }
     Session& session = OpenSession();
-    if (const std::uint64_t now = session.LinkEpoch(); _ownerAsked != now) {
+    if (const std::uint32_t now = session.LinkEpoch(); _ownerAsked != now) {
         _hasOwner = session.HasOwner(*this);
         _ownerAsked = now;
     }
@@ -186,7 +200,7 @@ std::optional<bool> EntityState::IsMasterClassification() const {
         return std::nullopt;
     }
     kxVariant value;
-    return store::FindPackedAttribute(Complete()._packed, CATEGORY_KIND, value) &&
+    return store::FindPackedAttribute(Complete().Packed(), CATEGORY_KIND, value) &&
            value.GetString() == MASTER_CATEGORY;
 }
 
@@ -199,7 +213,7 @@ kxVariant EntityState::AttributeValue(const kxString& name) const {
                                    "\"; use one of its own");
     }
     kxVariant value;
-    if (ComputedValue(name, value) || store::FindPackedAttribute(_packed, name, value)) {
+    if (ComputedValue(name, value) || store::FindPackedAttribute(Packed(), name, value)) {
         return value;
     }
     return attribute->defaultValue;
@@ -219,9 +233,9 @@ kxStlVector<kxString> EntityState::AttributeNames(bool omitSystem) const {
 // Attributes that are not stored with the others, because the row or the links say them.
 bool EntityState::ComputedValue(std::string_view name, kxVariant& value) const {
     if (name == NAME) {
-        value = _name;
+        value = kxVariant(NameText());
     } else if (name == DISPLAY_NAME) {
-        value = _displayName;
+        value = kxVariant(DisplayText());
     } else if (!name.starts_with(SYSTEM_PREFIX)) {
         return false;
     } else if (name == "smd_contentrevision") {

@@ -25,6 +25,7 @@ class Session;
 // What the states of a session have in common; outlives the session as long as one of them lives.
 struct SessionLink {
     Session* session = nullptr;  // null once the session is closed
+    // Never replaced: the states point into it.
     std::shared_ptr<const catalogue::Catalogue> catalogue;
     std::unordered_set<kxString> users;  // each user name once
 };
@@ -62,7 +63,7 @@ class EntityState final : public spi::ItemState,
     [[nodiscard]] const boost::shared_ptr<SessionLink>& Link() const { return _link; }
     // Null only for a state that was made without a row.
     [[nodiscard]] const catalogue::ContentDefinition* Definition() const { return _definition; }
-    [[nodiscard]] const kxString& Name() const { return _name; }
+    [[nodiscard]] kxString Name() const { return kxString(NameText()); }
     [[nodiscard]] store::RevisionState State() const { return _state; }
     // Seen by the session's user in its workspace alone.
     [[nodiscard]] bool IsPrivate() const { return _state == store::RevisionState::Working; }
@@ -79,12 +80,12 @@ class EntityState final : public spi::ItemState,
     // `complete`: the row came with its attributes.
     void Take(store::EntityRow&& row, bool complete = true);
     void SetModified(const store::Stamp& stamp);
-    void TakePacked(std::string&& packed, const store::Stamp& stamp);
-    void SetName(std::string_view name) { _name = kxString(name); }
+    void TakePacked(std::string_view packed, const store::Stamp& stamp);
+    void SetName(std::string_view name);
     void SetDisplayName(std::string_view name, const store::Stamp& stamp);
     void SetNewest(bool newest) { _newest = newest; }
     // An entity owns this one, at this state of the session's links.
-    void NoteOwner(std::uint64_t epoch) {
+    void NoteOwner(std::uint32_t epoch) {
         _ownerAsked = epoch;
         _hasOwner = true;
     }
@@ -97,6 +98,17 @@ class EntityState final : public spi::ItemState,
   private:
     enum class Freshness : unsigned char { Current, Stale, Gone };
 
+    [[nodiscard]] std::string_view NameText() const {
+        return std::string_view(_texts).substr(0, _nameSize);
+    }
+    [[nodiscard]] std::string_view DisplayText() const {
+        return _sameNames ? NameText() : std::string_view(_texts).substr(_nameSize, _displaySize);
+    }
+    [[nodiscard]] std::string_view Packed() const {
+        return std::string_view(_texts).substr(_nameSize + _displaySize);
+    }
+    void SetTexts(std::string_view name, std::string_view displayName, std::string_view packed);
+
     [[nodiscard]] Session& OpenSession() const;
     void ReadAgain() const;
     // Like Current, with the attributes there.
@@ -106,28 +118,29 @@ class EntityState final : public spi::ItemState,
     bool DetailValue(std::string_view name, kxVariant& value) const;
 
     boost::shared_ptr<SessionLink> _link;
-    // Keeps _definition alive.
-    std::shared_ptr<const catalogue::Catalogue> _catalogue;
     const catalogue::ContentDefinition* _definition = nullptr;
     store::EntityId _id = 0;
     kxString _uid;  // with its revision
-    kxString _name;
-    kxString _displayName;
-    std::string _packed;
+    // Name, display name unless it is the same, packed attributes: one block of memory, because a
+    // session holds very many states.
+    std::string _texts;
     store::Microseconds _createdTime = 0;
     store::Microseconds _modifiedTime = 0;
     const kxString* _createdUser = nullptr;
     const kxString* _modifiedUser = nullptr;
-    // Whether the entity has an owner, and at which state of the session's links that was asked.
-    mutable std::uint64_t _ownerAsked = 0;
+    std::uint32_t _nameSize = 0;
+    std::uint32_t _displaySize = 0;
     int _revision = 0;
+    // Whether the entity has an owner, and at which state of the session's links that was asked.
+    mutable std::uint32_t _ownerAsked = 0;
     unsigned short _baseLength = 0;
+    mutable bool _hasOwner = false;
+    bool _sameNames = true;
     store::RevisionState _state = store::RevisionState::Unversioned;
     Freshness _freshness = Freshness::Current;
     bool _newest = false;
-    bool _complete = false;  // _packed is there
+    bool _complete = false;  // the attributes are there
     bool _neverPublished = false;
-    mutable bool _hasOwner = false;
 };
 
 }  // namespace kxudm::profile

@@ -126,7 +126,7 @@ void Profile::SetMaster(const UDMItemHandle& classification, bool master) {
         state->Id(), state->Revision(), {{kxString(CATEGORY_KIND), value}}, operation.Stamp());
     operation.Record(Change::Of(SIGNAL_CONTENT_CHANGED, state).Private(state->IsPrivate()));
     operation.Commit();
-    state->TakePacked(std::move(packed), operation.Stamp());
+    state->TakePacked(packed, operation.Stamp());
     operation.Tell();
 }
 

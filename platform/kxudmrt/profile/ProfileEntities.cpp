@@ -170,7 +170,7 @@ void Profile::SetAttributeValue(const UDMItemHandle& handle,
     if (isName) {
         TakeName(*_session, *state, checked.GetString(), operation.Stamp());
     } else {
-        state->TakePacked(std::move(packed), operation.Stamp());
+        state->TakePacked(packed, operation.Stamp());
     }
     operation.Tell();
 }

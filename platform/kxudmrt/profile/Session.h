@@ -99,7 +99,7 @@ class Session : public boost::enable_shared_from_this<Session> {
     kxString FolderPathOf(const EntityState& state);
     store::EntityDetails DetailsOf(const EntityState& state);
     // Goes up whenever somebody becomes an owner or ceases to be one.
-    [[nodiscard]] std::uint64_t LinkEpoch() const { return _linkEpoch; }
+    [[nodiscard]] std::uint32_t LinkEpoch() const { return _linkEpoch; }
     void TouchLinks() { ++_linkEpoch; }
 
     // --- Changes ---
@@ -140,7 +140,7 @@ class Session : public boost::enable_shared_from_this<Session> {
     SlotList _slots;
     std::unique_ptr<Bulk> _bulk;
     std::int64_t _seen = 0;  // last journal entry taken in
-    std::uint64_t _linkEpoch = 1;
+    std::uint32_t _linkEpoch = 1;
 };
 
 // A change in one transaction. Without Commit it is rolled back.
