@@ -40,6 +40,17 @@ void Merge(const std::vector<Part>& own,
     }
 }
 
+// The type that the nearest ancestor with one of its own declares; empty where none does.
+const kxString& InheritedType(const ContentDefinition* base) {
+    static const kxString none;
+    for (const ContentDefinition* at = base; at != nullptr; at = at->Base()) {
+        if (!at->Declaration().type.empty()) {
+            return at->Declaration().type;
+        }
+    }
+    return none;
+}
+
 }  // namespace
 
 ContentDefinition::ContentDefinition(DefinitionDeclaration declaration,
@@ -47,7 +58,7 @@ ContentDefinition::ContentDefinition(DefinitionDeclaration declaration,
     : _declaration(std::move(declaration)),
       _base(base),
       _depth(base != nullptr ? base->_depth + 1 : 0),
-      _type(FirstFilled(_declaration.type, base != nullptr ? base->_type : _declaration.name)),
+      _type(FirstFilled(FirstFilled(_declaration.type, InheritedType(base)), _declaration.name)),
       _displayName(FirstFilled(_declaration.displayName, _declaration.name)),
       _className(FirstFilled(_declaration.className,
                              base != nullptr ? base->_className : _declaration.name)),

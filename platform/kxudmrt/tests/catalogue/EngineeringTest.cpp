@@ -75,7 +75,7 @@ TEST(EngineeringCatalogue, HasVersionedClassificationsForEverythingButFolders) {
 
 TEST(EngineeringCatalogue, ShowsIconRulesTheTypesTheyKnow) {
     EXPECT_EQ(Engineering().Get("UDMCTEntityCollector").Type(), "UDMCTEntityCollector");
-    EXPECT_EQ(Engineering().Get("UDMPart").Type(), "Content");
+    EXPECT_EQ(Engineering().Get("UDMPart").Type(), "UDMPart");
 }
 
 TEST(EngineeringCatalogue, ChoosesDefinitionsByExtension) {

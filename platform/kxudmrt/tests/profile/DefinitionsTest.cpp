@@ -108,7 +108,7 @@ TEST_F(DefinitionsOfASession, OutliveItAsHandlesButAnswerNoFurtherQuestion) {
     const auto part = utils.GetContentDefinitionHandle("Part");
     ProfilePtr closing = ann;
     UDMProfileMgr::DiscardProfile(closing);
-    EXPECT_EQ(part.GetType(), "Content");
+    EXPECT_EQ(part.GetType(), "Part");
     EXPECT_THAT(Refusal([&] { utils.GetContentDefinitionHandle("Part"); }), HasSubstr("closed"));
     EXPECT_THROW(ann->GetProfileUtils(), UDMException);
 }
