@@ -47,13 +47,15 @@ EntityState::EntityState(boost::shared_ptr<SessionLink> link, const kxString& ba
       _freshness(Freshness::Gone) {}
 
 EntityState::~EntityState() {
+    LeaveListings();
     if (_link->session != nullptr) {
         _link->session->States().Remove(*this);
     }
 }
 
 const kxString* EntityState::UserText(std::string_view user) {
-    return &*_link->users.emplace(user).first;
+    const auto found = _link->users.find(user);
+    return found != _link->users.end() ? &*found : &*_link->users.emplace(user).first;
 }
 
 void EntityState::Take(store::EntityRow&& row, bool complete) {
@@ -107,11 +109,26 @@ void EntityState::SetDisplayName(std::string_view name, const store::Stamp& stam
     SetModified(stamp);
 }
 
+void EntityState::SetNewest(bool newest) {
+    if (_newest && !newest) {
+        LeaveListings();
+    }
+    _newest = newest;
+}
+
+void EntityState::LeaveListings() noexcept {
+    if (_listed && _link->session != nullptr) {
+        _link->session->Listed().Clear();
+    }
+    _listed = false;
+}
+
 void EntityState::SetStale() {
     _freshness = Freshness::Stale;
 }
 
 void EntityState::SetGone() {
+    LeaveListings();
     _freshness = Freshness::Gone;
     _newest = false;
 }

@@ -11,9 +11,10 @@
 #include <kxudm/spi/ItemState.h>
 
 #include <boost/smart_ptr/enable_shared_from_this.hpp>
+#include <functional>
 #include <memory>
+#include <set>
 #include <string_view>
-#include <unordered_set>
 
 #include "catalogue/Catalogue.h"
 #include "store/Rows.h"
@@ -27,7 +28,7 @@ struct SessionLink {
     Session* session = nullptr;  // null once the session is closed
     // Never replaced: the states point into it.
     std::shared_ptr<const catalogue::Catalogue> catalogue;
-    std::unordered_set<kxString> users;  // each user name once
+    std::set<kxString, std::less<>> users;  // each user name once
 };
 
 class EntityState final : public spi::ItemState,
@@ -83,7 +84,9 @@ class EntityState final : public spi::ItemState,
     void TakePacked(std::string_view packed, const store::Stamp& stamp);
     void SetName(std::string_view name);
     void SetDisplayName(std::string_view name, const store::Stamp& stamp);
-    void SetNewest(bool newest) { _newest = newest; }
+    void SetNewest(bool newest);
+    // Stands in one of the session's listings, which it clears when it is no more what it was.
+    void SetListed() { _listed = true; }
     // An entity owns this one, at this state of the session's links.
     void NoteOwner(std::uint32_t epoch) {
         _ownerAsked = epoch;
@@ -109,6 +112,7 @@ class EntityState final : public spi::ItemState,
     }
     void SetTexts(std::string_view name, std::string_view displayName, std::string_view packed);
 
+    void LeaveListings() noexcept;
     [[nodiscard]] Session& OpenSession() const;
     void ReadAgain() const;
     // Like Current, with the attributes there.
@@ -139,6 +143,7 @@ class EntityState final : public spi::ItemState,
     store::RevisionState _state = store::RevisionState::Unversioned;
     Freshness _freshness = Freshness::Current;
     bool _newest = false;
+    bool _listed = false;
     bool _complete = false;  // the attributes are there
     bool _neverPublished = false;
 };

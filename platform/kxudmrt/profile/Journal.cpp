@@ -108,6 +108,10 @@ void Session::Apply(const store::JournalEntry& entry) {
                     state->SetNewest(false);
                 }
             }
+            // Who sees which revision has changed, so that links may show or hide.
+            if (code != SIGNAL_CONTENT_CHANGED) {
+                TouchLinks();
+            }
             break;
         default:
             TouchLinks();

@@ -68,6 +68,40 @@ std::vector<LinkedRow> ChildRows(Session& session,
     return rows;
 }
 
+// Out of the library, and noted for the next time.
+void ListChildren(Session& session,
+                  const EntityState& parent,
+                  const Selection& selection,
+                  Listings::Place&& place,
+                  kxStlVector<UDMItemHandle>& children) {
+    Listings::Children listed;
+    const auto take = [&](LinkedRow& row) {
+        Session::State child = session.StateOf(std::move(row.entity));
+        if (selection.kind == LinkKind::Owner) {
+            child->NoteOwner(session.LinkEpoch());
+        }
+        child->SetListed();
+        listed.push_back(child.get());
+        children.emplace_back(std::move(child));
+    };
+    if (selection.kind == LinkKind::Owner && selection.name.empty()) {
+        std::vector<LinkedRow> rows = ChildRows(session, parent, selection, true);
+        std::for_each(rows.begin(), rows.end(), take);
+    } else {
+        session.Store().VisitChildren(parent.Id(),
+                                      parent.Revision(),
+                                      selection.kind,
+                                      selection.name,
+                                      session.Viewer(),
+                                      [&](LinkedRow& row) {
+                                          if (!IsLeftOut(session, selection, row)) {
+                                              take(row);
+                                          }
+                                      });
+    }
+    session.Listed().Keep(std::move(place), std::move(listed), session.LinkEpoch());
+}
+
 // The links by which `relation` asks, as kind and name.
 std::vector<std::pair<LinkKind, kxString>> LinksOfRelation(const kxString& relation) {
     if (const std::optional<LinkKind> kind = KindOfCategory(relation)) {
@@ -186,14 +220,16 @@ void Profile::GetChildren(kxStlVector<UDMItemHandle>& children,
     RequireNoExpression(queryExpression);
     const Session::State holder = _session->Resolve(parent);
     const Selection selection = SelectionOf(*holder->Definition(), group);
-    std::vector<LinkedRow> rows = ChildRows(*_session, *holder, selection, true);
-    children.reserve(children.size() + rows.size());
-    for (LinkedRow& row : rows) {
-        Session::State child = _session->StateOf(std::move(row.entity));
-        if (selection.kind == LinkKind::Owner) {
-            child->NoteOwner(_session->LinkEpoch());
-        }
-        children.emplace_back(std::move(child));
+    Listings::Place place(
+        holder->Id(), holder->Revision(), selection.kind, selection.name, selection.filter);
+    const Listings::Children* known = _session->Listed().Find(place, _session->LinkEpoch());
+    if (known == nullptr) {
+        ListChildren(*_session, *holder, selection, std::move(place), children);
+        return;
+    }
+    children.reserve(children.size() + known->size());
+    for (EntityState* child : *known) {
+        children.emplace_back(child->shared_from_this());
     }
 }
 

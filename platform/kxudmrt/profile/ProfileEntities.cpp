@@ -93,6 +93,10 @@ kxVariant CheckedForChange(const EntityState& state, const kxString& key, const 
 }  // namespace
 
 UDMItemHandle Profile::GetEntity(const kxString& uid) {
+    _session->RequireOpen("GetEntity");
+    if (Session::State unseen = _session->FindUnseen(uid)) {
+        return UDMItemHandle(std::move(unseen));
+    }
     _session->Poll("GetEntity");
     return UDMItemHandle(_session->Get(uid));
 }

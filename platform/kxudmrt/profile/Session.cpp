@@ -25,6 +25,12 @@ std::optional<int> RevisionNumber(std::string_view text) {
     return whole && plain ? std::optional(number) : std::nullopt;
 }
 
+// The base of a UID text, and its revision with the colon before it.
+std::pair<std::string_view, std::string_view> SplitUid(std::string_view uid) {
+    const std::size_t colon = std::min(uid.find(':'), uid.size());
+    return {uid.substr(0, colon), uid.substr(colon)};
+}
+
 kxString Holder(const store::EntityRow& row) {
     return kxString(row.lockUser + " has it checked out in workspace \"" + row.lockWorkspace +
                     "\" since " + core::FormatTime(row.lockTime));
@@ -101,7 +107,10 @@ Session::State Session::StateOf(store::EntityRow&& row, bool complete) {
     State state = _states.Revision(row.uid, row.revision);
     if (!state) {
         state = boost::make_shared<EntityState>(_link, std::move(row), complete);
-        _states.Insert(*state);
+        if (_states.Insert(*state)) {
+            state->SetNewest(newest);
+            return state;
+        }
     } else if (!state->IsCurrent() || (complete && !state->IsComplete())) {
         state->Take(std::move(row), complete);
     }
@@ -111,30 +120,40 @@ Session::State Session::StateOf(store::EntityRow&& row, bool complete) {
     return state;
 }
 
-Session::State Session::FindInStore(std::string_view base, std::string_view revision) {
-    store::EntityRow row;
+bool Session::ReadRow(std::string_view base, std::string_view revision, store::EntityRow& row) {
     if (revision.empty()) {
-        return _store->FindByUid(base, Viewer(), row) ? StateOf(std::move(row)) : State();
+        return _store->FindByUid(base, Viewer(), row);
     }
     const std::optional<int> number = RevisionNumber(revision.substr(1));
-    if (!number || !_store->FindRevision(base, *number, Viewer(), row)) {
-        return {};
+    return number && _store->FindRevision(base, *number, Viewer(), row);
+}
+
+Session::State Session::Known(std::string_view base, std::string_view revision) const {
+    if (revision.empty()) {
+        return _states.Newest(base);
     }
-    return StateOf(std::move(row));
+    const std::optional<int> number = RevisionNumber(revision.substr(1));
+    return number ? _states.Revision(base, *number) : State();
 }
 
 Session::State Session::Find(const kxString& uid) {
-    const std::string_view text = uid;
-    const std::size_t colon = std::min(text.find(':'), text.size());
-    const std::string_view base = text.substr(0, colon);
-    const std::string_view revision = text.substr(colon);
-    State state;
-    if (revision.empty()) {
-        state = _states.Newest(base);
-    } else if (const std::optional<int> number = RevisionNumber(revision.substr(1))) {
-        state = _states.Revision(base, *number);
+    const auto [base, revision] = SplitUid(uid);
+    if (State state = Known(base, revision); state && state->IsCurrent()) {
+        return state;
     }
-    return state && state->IsCurrent() ? state : FindInStore(base, revision);
+    store::EntityRow row;
+    return ReadRow(base, revision, row) ? StateOf(std::move(row)) : State();
+}
+
+Session::State Session::FindUnseen(const kxString& uid) {
+    const auto [base, revision] = SplitUid(uid);
+    if (InBulk() || Known(base, revision)) {
+        return {};
+    }
+    Tell();
+    store::EntityRow row;
+    const bool unchanged = IsOpen() && ReadRow(base, revision, row) && _store->ReadNothingNew();
+    return unchanged ? StateOf(std::move(row)) : State();
 }
 
 Session::State Session::Get(const kxString& uid) {

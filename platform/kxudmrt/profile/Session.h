@@ -24,6 +24,7 @@
 
 #include "core/Clock.h"
 #include "profile/Change.h"
+#include "profile/Listings.h"
 #include "profile/SlotList.h"
 #include "profile/StateCache.h"
 #include "store/LibraryStore.h"
@@ -72,6 +73,7 @@ class Session : public boost::enable_shared_from_this<Session> {
         return _link->catalogue;
     }
     [[nodiscard]] StateCache& States() { return _states; }
+    [[nodiscard]] Listings& Listed() { return _listings; }
     [[nodiscard]] SlotList& Slots() { return _slots; }
     [[nodiscard]] const boost::shared_ptr<SessionLink>& Link() const { return _link; }
 
@@ -85,6 +87,9 @@ class Session : public boost::enable_shared_from_this<Session> {
     State Find(const kxString& uid);
     // The same, but throws UDMNotFoundException.
     State Get(const kxString& uid);
+    // Poll and Find in one read, for an entity that has no state yet: the read itself tells that
+    // nobody has changed anything. Null, with nothing done, wherever that is not so.
+    State FindUnseen(const kxString& uid);
     // The state behind a handle, also one of another session. Throws for an empty handle and for
     // what is gone.
     State Resolve(const UDMItemHandle& handle);
@@ -128,7 +133,8 @@ class Session : public boost::enable_shared_from_this<Session> {
     void QueueOwn(const ChangeList& changes);
     void QueueDeletion(const store::DeletedRow& gone);
     void TellEverybody();
-    State FindInStore(std::string_view base, std::string_view revision);
+    bool ReadRow(std::string_view base, std::string_view revision, store::EntityRow& row);
+    State Known(std::string_view base, std::string_view revision) const;
 
     struct Bulk;
 
@@ -137,6 +143,7 @@ class Session : public boost::enable_shared_from_this<Session> {
     boost::shared_ptr<SessionLink> _link;
     std::unique_ptr<store::LibraryStore> _store;
     StateCache _states;
+    Listings _listings;
     SlotList _slots;
     std::unique_ptr<Bulk> _bulk;
     std::int64_t _seen = 0;  // last journal entry taken in

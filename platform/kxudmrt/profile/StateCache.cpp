@@ -27,12 +27,13 @@ StateCache::State StateCache::Revision(std::string_view baseUid, int revision) c
     return {};
 }
 
-void StateCache::Insert(EntityState& state) {
+bool StateCache::Insert(EntityState& state) {
     const auto [head, added] = _heads.insert(&state);
     if (!added) {
         state.next = (*head)->next;
         (*head)->next = &state;
     }
+    return added;
 }
 
 void StateCache::Remove(EntityState& state) noexcept {

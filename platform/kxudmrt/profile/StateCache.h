@@ -23,7 +23,8 @@ class StateCache {
     // First of the chain of the entity's states; null if there is none.
     [[nodiscard]] EntityState* Chain(std::string_view baseUid) const;
 
-    void Insert(EntityState& state);
+    // Whether it is the only one of its entity.
+    bool Insert(EntityState& state);
     void Remove(EntityState& state) noexcept;
     // Makes `state` the only newest one of its entity.
     void MarkNewest(EntityState& state);

@@ -100,6 +100,9 @@ class Connection {
     [[nodiscard]] virtual bool InTransaction() const = 0;
     // A number that changes whenever another connection has committed something. Cheap.
     [[nodiscard]] virtual std::int64_t DataVersion() = 0;
+    // Changes whenever a statement of this connection came upon a commit, its own ones too. Asks
+    // nothing of the file: it tells what the last statement saw.
+    [[nodiscard]] virtual std::int64_t SeenVersion() const = 0;
     [[nodiscard]] virtual std::int64_t SchemaVersion() = 0;
     virtual void SetSchemaVersion(std::int64_t version) = 0;
     // Makes what was committed survive a loss of power. Not inside of a transaction.

@@ -100,6 +100,29 @@ void ListBorne(sql::Connection& connection,
                      });
 }
 
+using Visit = std::function<void(LinkedRow&)>;
+
+void VisitAll(sql::Statement& statement, LinkKind kind, const Visit& visit) {
+    // One row for all: its texts keep their memory.
+    LinkedRow row;
+    while (statement.Step()) {
+        ReadLinkedRow(statement, kind, row);
+        visit(row);
+    }
+}
+
+void VisitBorne(sql::Connection& connection, const Borne& listing, const Visit& visit) {
+    if (HasClosed(connection, listing)) {
+        std::vector<LinkedRow> rows;
+        ListBorne(connection, listing, true, rows);
+        std::for_each(rows.begin(), rows.end(), visit);
+        return;
+    }
+    sql::Statement statement(connection, ChildrenStatement(listing.AllNames(), true));
+    listing.Bind(statement);
+    VisitAll(statement, listing.kind, visit);
+}
+
 std::int64_t CountBorne(sql::Connection& connection, const Borne& listing) {
     const auto count = [&](sql::Statement&& statement) {
         listing.Bind(statement);
@@ -245,6 +268,22 @@ void LibraryStore::Children(EntityId parent,
     } else {
         ListLaid(*connection_, {parent, kind, name, viewer, condition}, withAttributes, out);
     }
+}
+
+void LibraryStore::VisitChildren(EntityId parent,
+                                 int parentRevision,
+                                 LinkKind kind,
+                                 std::string_view name,
+                                 const Viewer& viewer,
+                                 const std::function<void(LinkedRow&)>& visit) {
+    const Condition all;
+    if (BorneByParent(kind)) {
+        VisitBorne(*connection_, {parent, parentRevision, kind, name, viewer, all}, visit);
+        return;
+    }
+    sql::Statement statement(*connection_, statements::CONTENTS_WITH_ATTRIBUTES);
+    Laid{parent, kind, name, viewer, all}.Bind(statement);
+    VisitAll(statement, kind, visit);
 }
 
 std::int64_t LibraryStore::CountChildren(EntityId parent,

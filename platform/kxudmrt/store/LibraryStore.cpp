@@ -178,7 +178,12 @@ void LibraryStore::Journal(std::int64_t sequence,
 
 bool LibraryStore::ChangedByOthers() {
     const std::int64_t version = connection_->DataVersion();
+    versionWhenAsked_ = connection_->SeenVersion();
     return std::exchange(seenDataVersion_, version) != version;
+}
+
+bool LibraryStore::ReadNothingNew() const {
+    return connection_->SeenVersion() == versionWhenAsked_;
 }
 
 }  // namespace kxudm::store

@@ -148,6 +148,14 @@ class LibraryStore {
                   std::vector<LinkedRow>& out,
                   bool withAttributes = false,
                   const Condition& condition = {});
+    // The same, with attributes, one by one: a row is good while `visit` runs, which must not
+    // change anything and may move out of the row.
+    void VisitChildren(EntityId parent,
+                       int parentRevision,
+                       LinkKind kind,
+                       std::string_view name,
+                       const Viewer& viewer,
+                       const std::function<void(LinkedRow&)>& visit);
     [[nodiscard]] std::int64_t CountChildren(EntityId parent,
                                              int parentRevision,
                                              LinkKind kind,
@@ -214,6 +222,9 @@ class LibraryStore {
     // True if another connection has committed since the last call: the cheap question before
     // reading the journal. The first call answers true.
     [[nodiscard]] bool ChangedByOthers();
+    // After a read: whether it saw the library as it was when ChangedByOthers was asked last.
+    // False says nothing: the commit that it came upon may have been this store's own.
+    [[nodiscard]] bool ReadNothingNew() const;
 
   private:
     explicit LibraryStore(std::unique_ptr<sql::Connection> connection);
@@ -235,6 +246,7 @@ class LibraryStore {
 
     std::unique_ptr<sql::Connection> connection_;
     std::int64_t seenDataVersion_ = -1;
+    std::int64_t versionWhenAsked_ = -1;
 };
 
 }  // namespace kxudm::store

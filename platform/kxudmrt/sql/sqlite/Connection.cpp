@@ -39,6 +39,7 @@ class Connection final : public sql::Connection {
     std::int64_t TotalChanges() const override { return sqlite3_total_changes64(database_); }
     bool InTransaction() const override { return sqlite3_get_autocommit(database_) == 0; }
     std::int64_t DataVersion() override { return Number(DATA_VERSION); }
+    std::int64_t SeenVersion() const override;
     std::int64_t SchemaVersion() override { return Number(USER_VERSION); }
     void SetSchemaVersion(std::int64_t version) override;
     void Flush() override;
@@ -209,6 +210,12 @@ std::int64_t Connection::Number(const NamedStatement& statement) {
 std::int64_t Connection::Number(const char* text) {
     Cursor query(database_, place_, "open", text);
     return query.Step() ? query.Int64(0) : 0;
+}
+
+std::int64_t Connection::SeenVersion() const {
+    unsigned int version = 0;
+    sqlite3_file_control(database_, "main", SQLITE_FCNTL_DATA_VERSION, &version);
+    return version;
 }
 
 void Connection::SetSchemaVersion(std::int64_t version) {

@@ -1,3 +1,5 @@
+#include <kxudm/UDMBulkEdit.h>
+
 #include "Library.h"
 
 namespace kxudm::test {
@@ -24,6 +26,67 @@ TEST_F(ChildrenOf, AGroupComeInTheOrderInWhichTheyWereAdded) {
     const ProfilePtr again = library.Open("ann");
     EXPECT_THAT(Children(again, again->GetEntity(wheel.GetUID()), "parts"),
                 ElementsAre("C", "A", "B"));
+}
+
+TEST_F(ChildrenOf, AListingAskedForAgainGivesTheSameStates) {
+    ann->CreateAndAddChild("Part", "A", wheel, "parts");
+    ann->CreateAndAddChild("Part", "B", wheel, "parts");
+    kxStlVector<UDMItemHandle> first;
+    ann->GetChildren(first, wheel, "parts", "");
+    kxStlVector<UDMItemHandle> again;
+    ann->GetChildren(again, wheel, "parts", "");
+    ASSERT_EQ(again.size(), 2U);
+    EXPECT_EQ(again[0].State(), first[0].State());
+    EXPECT_EQ(again[1].State(), first[1].State());
+}
+
+TEST_F(ChildrenOf, AListingAskedForAgainHasWhatWasAddedRemovedAndDeletedSince) {
+    ann->CreateAndAddChild("Part", "A", wheel, "parts");
+    const UDMItemHandle b = ann->CreateAndAddChild("Part", "B", wheel, "parts");
+    const UDMItemHandle c = ann->CreateAndAddChild("Part", "C", wheel, "parts");
+    kxStlVector<UDMItemHandle> kept;
+    ann->GetChildren(kept, wheel, "parts", "");
+    EXPECT_EQ(kept.size(), 3U);
+    ann->CreateAndAddChild("Part", "D", wheel, "parts");
+    EXPECT_THAT(Children(ann, wheel, "parts"), ElementsAre("A", "B", "C", "D"));
+    ann->RemoveChild(wheel, b);
+    EXPECT_THAT(Children(ann, wheel, "parts"), ElementsAre("A", "C", "D"));
+    ann->DeleteEntity(c, true, false);
+    EXPECT_THAT(Children(ann, wheel, "parts"), ElementsAre("A", "D"));
+}
+
+TEST_F(ChildrenOf, AListingAskedForAgainHasWhatAnotherSessionAdded) {
+    const ProfilePtr other = library.Open("ann");
+    ann->CreateAndAddChild("Part", "A", wheel, "parts");
+    kxStlVector<UDMItemHandle> kept;
+    ann->GetChildren(kept, wheel, "parts", "");
+    other->CreateAndAddChild("Part", "B", other->GetEntity(wheel.GetUID()), "parts");
+    EXPECT_THAT(Children(ann, wheel, "parts"), ElementsAre("A", "B"));
+}
+
+TEST_F(ChildrenOf, AListingOutlivesNoneOfItsHandles) {
+    ann->CreateAndAddChild("Part", "A", wheel, "parts");
+    const UDMItemHandle b = ann->CreateAndAddChild("Part", "B", wheel, "parts");
+    // The only handle of A is gone after each listing.
+    EXPECT_THAT(Children(ann, wheel, "parts"), ElementsAre("A", "B"));
+    EXPECT_THAT(Children(ann, wheel, "parts"), ElementsAre("A", "B"));
+    {
+        kxStlVector<UDMItemHandle> all;
+        ann->GetChildren(all, wheel, "parts", "");
+    }
+    EXPECT_THAT(Children(ann, wheel, "parts"), ElementsAre("A", "B"));
+}
+
+TEST_F(ChildrenOf, AListingMadeInABulkEditThatIsTakenBackIsForgotten) {
+    kxStlVector<UDMItemHandle> kept;
+    ann->CreateAndAddChild("Part", "A", wheel, "parts");
+    {
+        UDMBulkEdit edit(ann);
+        ann->CreateAndAddChild("Part", "B", wheel, "parts");
+        ann->GetChildren(kept, wheel, "parts", "");
+        EXPECT_EQ(kept.size(), 2U);
+    }
+    EXPECT_THAT(Children(ann, wheel, "parts"), ElementsAre("A"));
 }
 
 TEST_F(ChildrenOf, AllOwnerGroupsComeInTheOrderOfTheDefinition) {

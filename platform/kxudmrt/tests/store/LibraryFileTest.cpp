@@ -95,6 +95,23 @@ TEST(LibraryFile, WithANewerSchemaIsRefusedByNameAndVersions) {
                       HasSubstr("up to " + std::to_string(LibrarySchema().back().version))));
 }
 
+TEST(LibraryFile, AReadTellsWhetherItCameUponSomethingNew) {
+    TemporaryFolder folder;
+    const auto mine = LibraryStore::Create(folder.File("N.ldb"), INFO, "");
+    const auto other = LibraryStore::Open(folder.File("N.ldb"));
+    EntityRow row;
+    EXPECT_FALSE(mine->ReadNothingNew());
+    (void)mine->ChangedByOthers();
+    EXPECT_FALSE(mine->FindByUid("A", ANN, row));
+    EXPECT_TRUE(mine->ReadNothingNew());
+    other->Insert({.uid = "A", .definition = "Part", .name = "a"}, {}, {BOB, 1});
+    EXPECT_TRUE(mine->FindByUid("A", ANN, row));
+    EXPECT_FALSE(mine->ReadNothingNew());
+    EXPECT_TRUE(mine->ChangedByOthers());
+    EXPECT_TRUE(mine->FindByUid("A", ANN, row));
+    EXPECT_TRUE(mine->ReadNothingNew());
+}
+
 TEST(LibraryFile, TwoStoresSeeEachOthersCommits) {
     TemporaryFolder folder;
     const auto mine = LibraryStore::Create(folder.File("N.ldb"), INFO, "");
