@@ -136,10 +136,8 @@ bool UDMDBCtrl::FindEntityById(UDMItemHandle& out, const kxString& id, bool late
         return false;
     }
     try {
-        kxString text = id;
-        if (latest) {
-            text = kxudm::UDMUID(id).GetDmUid();
-        }
+        const kxString base = latest ? kxudm::UDMUID(id).GetDmUid() : kxString();
+        const kxString& text = latest ? base : id;
         if (text.empty()) {
             return false;
         }

@@ -2,7 +2,8 @@
 //
 // Ownership: only Clear() deletes items. The destructor, Drop() and the losers of Add() and Get()
 // leave them alone, since somebody may still hold the pointer.
-// Cost: each operation is one or two look-ups in an ordered map; finding allocates nothing.
+// Cost: each operation is one or two look-ups in an ordered map, less where they come in the order
+// of the keys; finding allocates nothing.
 // Threads: the one of the manager.
 #pragma once
 
@@ -52,7 +53,27 @@ class KXCT_EXPORT Cache {
     bool Update(const kxString& oldKey, Item* item, const kxString& newKey, Item* other);
 
   private:
-    kxStlMap<kxString, Item*> m_items;
+    using Items = kxStlMap<kxString, Item*>;
+
+    // Where the last search ended, as long as searches go from one entry to the next, as they do
+    // when a listing is asked for again. A copy begins anew.
+    struct Run {
+        Run() = default;
+        Run(const Run&) {}
+        Run& operator=(const Run&) {
+            inOrder = known = false;
+            return *this;
+        }
+        Items::const_iterator last;
+        bool known = false;
+        bool inOrder = false;
+        unsigned int searches = 0;
+    };
+
+    Items::const_iterator _Search(const kxString& key) const;
+
+    Items m_items;
+    mutable Run m_run;
 };
 
 }  // namespace kxct
