@@ -10,6 +10,7 @@
 
 #include "sql/sqlite/Cursor.h"
 #include "sql/sqlite/Errors.h"
+#include "sql/sqlite/Functions.h"
 
 namespace kxudm::sql::sqlite {
 namespace {
@@ -109,6 +110,9 @@ void Connection::OpenFile() {
         Fail(code, "open");
     }
     sqlite3_busy_timeout(database_, options_.busyTimeoutMilliseconds);
+    if (const int added = AddFunctions(database_); added != SQLITE_OK) {
+        Fail(added, "open");
+    }
 }
 
 // Before anything is written: the file may belong to somebody else.

@@ -1,0 +1,54 @@
+// What a comparison looks at, in terms of SQL.
+//
+// Layer: query, inside.
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "catalogue/Catalogue.h"
+#include "query/Evaluator.h"
+
+namespace kxudm::query {
+
+struct Operand {
+    enum class Kind {
+        Stored,      // an attribute among those of head_attribute
+        Expression,  // a column, or computed from columns
+        Definition,  // decided by the entity's definition alone
+    };
+
+    Kind kind = Kind::Stored;
+    std::string expression = {};  // Expression: over e and r; Stored: h.value
+    // Not null: costly, so that it is computed once as x.value, which is the expression then.
+    const char* computedOnce = nullptr;
+    bool numbers = true;  // kinds of value that it can have
+    bool texts = true;
+    Letters letters = Letters::Exact;
+    // Expression: the indexed column of `entity c`; null if it is none.
+    const char* indexed = nullptr;
+    // Definition: names of the definitions that meet the comparison.
+    std::vector<std::string> definitions = {};
+};
+
+// Makes operands; keeps what is asked of the catalogue more than once.
+class Operands {
+  public:
+    Operands(const catalogue::Catalogue& catalogue, Letters letters);
+
+    // Throws UDMException for an attribute that no definition has.
+    [[nodiscard]] Operand Of(const Comparison& comparison);
+    [[nodiscard]] std::vector<std::string> ExcludedDefinitions() const;
+
+  private:
+    [[nodiscard]] std::vector<std::string> DefinitionsThatMeet(const Comparison& comparison);
+    void RequireKnown(const Comparison& comparison) const;
+    [[nodiscard]] Operand Stored(const std::string& attribute) const;
+
+    const catalogue::Catalogue& _catalogue;
+    Letters _letters;
+    std::vector<std::vector<std::string>> _lines;  // per definition, as EntityView::Definitions
+};
+
+}  // namespace kxudm::query
