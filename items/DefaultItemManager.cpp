@@ -32,9 +32,10 @@ kxString PreviousRevision(const kxString& uid) {
 
 // Whether the cached item answers to another UID than the one it is cached under. Contents, nearly
 // all of a cache, are compared without a copy of their UID.
-bool Differs(const Item& item, const kxString& uid) {
-    return typeid(item) == typeid(ContentItem) ? !static_cast<const ContentItem&>(item).HasUID(uid)
-                                               : item.GetUID() != uid;
+bool Differs(const Item& item, const UDMItemHandle& handle) {
+    return typeid(item) == typeid(ContentItem)
+               ? !static_cast<const ContentItem&>(item).HasUIDOf(handle)
+               : item.GetUID() != handle.Uid();
 }
 
 }  // namespace
@@ -73,7 +74,7 @@ bool DefaultItemManager::GetFromCache(const UDMItemHandle& handle, Item*& item) 
         if (!m_cache->Find(uid, item)) {
             return false;
         }
-        if (!Differs(*item, uid)) {
+        if (!Differs(*item, handle)) {
             return true;
         }
         if (!m_session) {

@@ -105,8 +105,11 @@ class KXCT_EXPORT ContentItem : public ItemImpl {
 
     // Replaces the handle and leaves the key alone: the manager moves that.
     void SetItemHandle(const kxudm::UDMItemHandle& handle);
-    // Whether GetUID() is this text, without making a copy of it.
+    // Whether GetUID() is this text, or that of a handle, without making a copy of it.
     bool HasUID(const kxString& uid) const { return m_handle.Uid() == uid; }
+    bool HasUIDOf(const kxudm::UDMItemHandle& handle) const {
+        return m_handle.State() == handle.State() || HasUID(handle.Uid());
+    }
 
   protected:
     const kxString& IsA() override;

@@ -16,7 +16,8 @@ void Enter(Operation& operation,
     operation.Store().AddLink({.parent = container->Id(),
                                .child = content->Id(),
                                .kind = kind,
-                               .revision = content->Revision()},
+                               .revision = content->Revision(),
+                               .childIsNew = operation.HasJustMade(*content)},
                               operation.Stamp());
     operation.Record(Change::Of(SIGNAL_CONTAINER_ENTERED, container)
                          .Private(content->IsPrivate() || container->IsNeverPublished()));
@@ -68,8 +69,10 @@ void PutIntoFolder(Session& session,
     }
     session.RequireEditable(*content);
     std::vector<store::LinkedRow> before;
-    session.Store().Parents(
-        content->Id(), content->Revision(), LinkKind::Folder, {}, session.Viewer(), before);
+    if (!operation.HasJustMade(*content)) {
+        session.Store().Parents(
+            content->Id(), content->Revision(), LinkKind::Folder, {}, session.Viewer(), before);
+    }
     if (!before.empty() && before.front().entity.id == folder->Id()) {
         return;
     }

@@ -78,7 +78,9 @@ Session::State CreateState(Session& session,
                                        .state = row.state},
                                       defaults,
                                       operation.Stamp());
-    return session.StateOf(std::move(row));
+    Session::State state = session.StateOf(std::move(row));
+    operation.NoteMade(*state);
+    return state;
 }
 
 }  // namespace kxudm::profile

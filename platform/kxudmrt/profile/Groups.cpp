@@ -74,6 +74,22 @@ void RequireNoCycle(Session& session,
     }
 }
 
+// Whether links that are there forbid this one.
+void RequireLinkable(Session& session,
+                     const EntityState& parent,
+                     const EntityState& child,
+                     const GroupDefinition& group) {
+    const LinkKind kind = *KindOfCategory(group.category);
+    if (session.Store().HasLink(parent.Id(), child.Id(), kind, group.name, parent.Revision())) {
+        throw UDMException(child.Cdef() + " " + child.Uid() + " is in the group \"" + group.name +
+                           "\" of " + parent.Uid() + " already; it can be there once");
+    }
+    if (kind == LinkKind::Owner) {
+        RequireOneOwner(session, child, group);
+        RequireNoCycle(session, parent, child, kind);
+    }
+}
+
 }  // namespace
 
 std::optional<LinkKind> KindOfCategory(std::string_view category) {
@@ -167,23 +183,19 @@ void LinkChild(Session& session,
         return;
     }
     session.RequireEditable(*parent);
-    store::LibraryStore& store = operation.Store();
-    if (store.HasLink(parent->Id(), child->Id(), kind, group.name, parent->Revision())) {
-        throw UDMException(child->Cdef() + " " + child->Uid() + " is in the group \"" + group.name +
-                           "\" of " + parent->Uid() + " already; it can be there once");
-    }
-    if (kind == LinkKind::Owner) {
-        RequireOneOwner(session, *child, group);
-        RequireNoCycle(session, *parent, *child, kind);
+    const bool isNew = operation.HasJustMade(*child);
+    if (!isNew) {
+        RequireLinkable(session, *parent, *child, group);
     }
     RequireRoom(session, *parent, group);
-    store.AddLink({.parent = parent->Id(),
-                   .child = child->Id(),
-                   .kind = kind,
-                   .name = group.name,
-                   .revision = parent->Revision(),
-                   .composition = group.composition},
-                  operation.Stamp());
+    operation.Store().AddLink({.parent = parent->Id(),
+                               .child = child->Id(),
+                               .kind = kind,
+                               .name = group.name,
+                               .revision = parent->Revision(),
+                               .composition = group.composition,
+                               .childIsNew = isNew},
+                              operation.Stamp());
     const SignalOption code = kind == LinkKind::Owner ? SIGNAL_CHILD_ADDED : SIGNAL_REFERENCE_ADDED;
     operation.Record(
         Change::Of(code, parent).Private(parent->IsPrivate() || child->IsNeverPublished()));

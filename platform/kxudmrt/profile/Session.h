@@ -164,6 +164,9 @@ class Operation {
     void Record(Change change) { _changes.Add(std::move(change)); }
     // A link that this revision bears was added or removed: Commit stamps the revision.
     void Touch(const Session::State& bearer) { _touched.push_back(bearer); }
+    // The entity that this operation made last has no links until it gets its place.
+    void NoteMade(const EntityState& state) { _made = &state; }
+    [[nodiscard]] bool HasJustMade(const EntityState& state) const { return _made == &state; }
     // Writes the journal and commits; inside of a bulk edit, hands the changes over to it.
     void Commit();
     // For an operation that finds nothing to change: ends it and tells what others did.
@@ -177,6 +180,7 @@ class Operation {
     std::unique_ptr<sql::Transaction> _transaction;
     ChangeList _changes;
     std::vector<Session::State> _touched;
+    const EntityState* _made = nullptr;
 };
 
 }  // namespace kxudm::profile

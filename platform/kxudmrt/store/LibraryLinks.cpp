@@ -197,11 +197,12 @@ std::int64_t CountLaid(sql::Connection& connection, const Laid& listing) {
 
 void LibraryStore::AddLink(const Link& link, const Stamp& stamp) {
     sql::Transaction transaction(*connection_);
-    if (HasLink(link.parent, link.child, link.kind, link.name, link.revision)) {
+    if (!link.childIsNew && HasLink(link.parent, link.child, link.kind, link.name, link.revision)) {
         throw UDMException(LinkText(link.parent, link.child, link.name) +
                            " is there already; remove it first to add it anew");
     }
-    if (MayNotCycle(link.kind) && WouldCycle(link.parent, link.child, link.kind)) {
+    if (!link.childIsNew && MayNotCycle(link.kind) &&
+        WouldCycle(link.parent, link.child, link.kind)) {
         throw UDMException(LinkText(link.parent, link.child, link.name) +
                            " would close a cycle; choose a parent that does not lie below the "
                            "child");

@@ -109,6 +109,8 @@ struct Link {
     int revision = 0;
     // Owner: the child has this one owner and is deleted with it.
     bool composition = false;
+    // The child has no link of any kind yet: there can be neither a double nor a cycle.
+    bool childIsNew = false;
     // Not NO_REVISION: the link stays on this revision of the child (Owner, Reference, Relation).
     int exactChildRevision = NO_REVISION;
 };
