@@ -87,12 +87,7 @@ class Profile final : public IUDMProfile, public spi::IBulkEdit {
     void Checkout(const UDMItemHandle& handle, const kxString& comment) override;
     UDMItemHandle GetWorkingHandle(const UDMItemHandle& handle) override;
 
-    // What this version doesn't offer yet: ProfileUnsupported.cpp
-    UDMRelationHandle CreateRelation(const UDMItemHandle& first,
-                                     const UDMItemHandle& second,
-                                     const kxString& type,
-                                     bool exact) override;
-    bool RemoveRelation(const UDMItemHandle& first, const UDMItemHandle& second) override;
+    // Queries: ProfileQueries.cpp
     std::size_t RunQuery(kxStlVector<UDMItemHandle>& hits,
                          const kxString& query,
                          int mode,
@@ -101,6 +96,13 @@ class Profile final : public IUDMProfile, public spi::IBulkEdit {
                          const UDMQuerySettingHandle& settings,
                          bool rootsOnly,
                          bool fullText) override;
+
+    // What this version doesn't offer yet: ProfileUnsupported.cpp
+    UDMRelationHandle CreateRelation(const UDMItemHandle& first,
+                                     const UDMItemHandle& second,
+                                     const kxString& type,
+                                     bool exact) override;
+    bool RemoveRelation(const UDMItemHandle& first, const UDMItemHandle& second) override;
     boost::shared_ptr<UDMHistoryNode> GetHistory(const UDMItemHandle& handle) override;
     void GetDocuments(const UDMItemHandle& handle,
                       kxStlVector<UDMGenericDocument>& documents,
@@ -154,7 +156,5 @@ class Profile final : public IUDMProfile, public spi::IBulkEdit {
 
 // Throws UDMNotSupportedException that names the operation.
 [[noreturn]] void ThrowNotOffered(const char* operation);
-// Throws UDMNotSupportedException, naming the expression, unless it is empty.
-void RequireNoExpression(const kxString& expression);
 
 }  // namespace kxudm::profile

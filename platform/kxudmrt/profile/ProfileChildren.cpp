@@ -4,6 +4,7 @@
 
 #include "profile/Creation.h"
 #include "profile/Profile.h"
+#include "profile/Queries.h"
 
 namespace kxudm::profile {
 
@@ -52,7 +53,8 @@ bool IsLeftOut(const Session& session, const Selection& selection, const LinkedR
 std::vector<LinkedRow> ChildRows(Session& session,
                                  const EntityState& parent,
                                  const Selection& selection,
-                                 bool withAttributes) {
+                                 bool withAttributes,
+                                 const store::Condition& condition = {}) {
     std::vector<LinkedRow> rows;
     session.Store().Children(parent.Id(),
                              parent.Revision(),
@@ -60,7 +62,8 @@ std::vector<LinkedRow> ChildRows(Session& session,
                              selection.name,
                              session.Viewer(),
                              rows,
-                             withAttributes);
+                             withAttributes,
+                             condition);
     std::erase_if(rows, [&](const LinkedRow& row) { return IsLeftOut(session, selection, row); });
     if (selection.kind == LinkKind::Owner && selection.name.empty()) {
         GroupOrder(*parent.Definition()).Sort(rows);
@@ -100,6 +103,22 @@ void ListChildren(Session& session,
                                       });
     }
     session.Listed().Keep(std::move(place), std::move(listed), session.LinkEpoch());
+}
+
+// Those that meet a condition. Not noted: conditions are many, and attributes change more often
+// than links.
+void ListChildrenThat(Session& session,
+                      const EntityState& parent,
+                      const Selection& selection,
+                      const store::Condition& condition,
+                      kxStlVector<UDMItemHandle>& children) {
+    for (LinkedRow& row : ChildRows(session, parent, selection, true, condition)) {
+        Session::State child = session.StateOf(std::move(row.entity));
+        if (selection.kind == LinkKind::Owner) {
+            child->NoteOwner(session.LinkEpoch());
+        }
+        children.emplace_back(std::move(child));
+    }
 }
 
 // The links by which `relation` asks, as kind and name.
@@ -202,14 +221,18 @@ std::size_t Profile::GetChildCount(const UDMItemHandle& parent,
                                    const kxString& group,
                                    const kxString& queryExpression) {
     _session->Poll("GetChildCount");
-    RequireNoExpression(queryExpression);
+    const store::Condition condition = ListingCondition(*_session, queryExpression);
     const Session::State holder = _session->Resolve(parent);
     const Selection selection = SelectionOf(*holder->Definition(), group);
     if (selection.filter != nullptr) {
-        return ChildRows(*_session, *holder, selection, false).size();
+        return ChildRows(*_session, *holder, selection, false, condition).size();
     }
-    return static_cast<std::size_t>(_session->Store().CountChildren(
-        holder->Id(), holder->Revision(), selection.kind, selection.name, _session->Viewer()));
+    return static_cast<std::size_t>(_session->Store().CountChildren(holder->Id(),
+                                                                    holder->Revision(),
+                                                                    selection.kind,
+                                                                    selection.name,
+                                                                    _session->Viewer(),
+                                                                    condition));
 }
 
 void Profile::GetChildren(kxStlVector<UDMItemHandle>& children,
@@ -217,9 +240,13 @@ void Profile::GetChildren(kxStlVector<UDMItemHandle>& children,
                           const kxString& group,
                           const kxString& queryExpression) {
     _session->Poll("GetChildren");
-    RequireNoExpression(queryExpression);
+    const store::Condition condition = ListingCondition(*_session, queryExpression);
     const Session::State holder = _session->Resolve(parent);
     const Selection selection = SelectionOf(*holder->Definition(), group);
+    if (!condition.Empty()) {
+        ListChildrenThat(*_session, *holder, selection, condition, children);
+        return;
+    }
     Listings::Place place(
         holder->Id(), holder->Revision(), selection.kind, selection.name, selection.filter);
     const Listings::Children* known = _session->Listed().Find(place, _session->LinkEpoch());

@@ -3,6 +3,7 @@
 #include "profile/Creation.h"
 #include "profile/Folders.h"
 #include "profile/Profile.h"
+#include "profile/Queries.h"
 #include "profile/Words.h"
 
 namespace kxudm::profile {
@@ -79,12 +80,12 @@ Session::State MakeFolders(Session& session,
 void Profile::GetClassifications(kxStlVector<UDMItemHandle>& classifications,
                                  const kxString& expression) {
     _session->Poll("GetClassifications");
-    RequireNoExpression(expression);
+    const store::Condition condition = ListingCondition(*_session, expression);
     std::vector<store::EntityRow> rows;
     for (const auto& definition : _session->Catalogue()->Definitions()) {
         if (definition->Type() == CLASSIFICATION_TYPE && !definition->IsAbstract()) {
             _session->Store().RootsOfDefinition(
-                definition->Name(), LinkKind::Category, _session->Viewer(), rows);
+                definition->Name(), LinkKind::Category, _session->Viewer(), rows, condition);
         }
     }
     classifications.reserve(classifications.size() + rows.size());

@@ -1,4 +1,3 @@
-#include "catalogue/Value.h"
 #include "profile/Profile.h"
 
 namespace kxudm::profile {
@@ -7,15 +6,6 @@ void ThrowNotOffered(const char* operation) {
     throw UDMNotSupportedException(std::string("The operation ") + operation +
                                    " is not offered by this version of the library yet; do "
                                    "without it or use a newer version");
-}
-
-void RequireNoExpression(const kxString& expression) {
-    if (!expression.empty()) {
-        throw UDMNotSupportedException("The query expression \"" +
-                                       catalogue::Printable(expression) +
-                                       "\" can't be evaluated: this version of the library offers "
-                                       "no query language yet; use an empty expression");
-    }
 }
 
 UDMRelationHandle Profile::CreateRelation(const UDMItemHandle& /*first*/,
@@ -27,18 +17,6 @@ UDMRelationHandle Profile::CreateRelation(const UDMItemHandle& /*first*/,
 
 bool Profile::RemoveRelation(const UDMItemHandle& /*first*/, const UDMItemHandle& /*second*/) {
     ThrowNotOffered("RemoveRelation");
-}
-
-std::size_t Profile::RunQuery(kxStlVector<UDMItemHandle>& /*hits*/,
-                              const kxString& query,
-                              int /*mode*/,
-                              long /*from*/,
-                              long /*to*/,
-                              const UDMQuerySettingHandle& /*settings*/,
-                              bool /*rootsOnly*/,
-                              bool /*fullText*/) {
-    RequireNoExpression(query);
-    ThrowNotOffered("RunQuery");
 }
 
 boost::shared_ptr<UDMHistoryNode> Profile::GetHistory(const UDMItemHandle& /*handle*/) {

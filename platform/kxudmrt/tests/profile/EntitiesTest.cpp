@@ -289,14 +289,10 @@ TEST_F(Entities, WhatIsNotOfferedYetSaysSo) {
         {"AddReference", [&] { ann->AddReference(part, part, "uses"); }},
         {"GetReferredBy", [&] { ann->GetReferredBy(out, texts, part); }},
         {"Import", [&] { ann->Import("/nowhere"); }},
-        {"RunQuery", [&] { ann->RunQuery(out, "", -1, 0, 0, {}, false, false); }},
     };
     for (const auto& [name, operation] : operations) {
         EXPECT_THAT(Refusal<UDMNotSupportedException>(operation), HasSubstr(name));
     }
-    EXPECT_THAT(Refusal<UDMNotSupportedException>(
-                    [&] { ann->GetChildren(out, part, "", "name == \"x\""); }),
-                HasSubstr("name == \"x\""));
 }
 
 }  // namespace

@@ -243,12 +243,5 @@ TEST_F(Classifications, AreNothingElse) {
     EXPECT_THROW((part.GetReader<ClassificationReader, UDMItemHandle>()), UDMInvalidArgException);
 }
 
-TEST_F(Classifications, TakeNoQueryExpressionYet) {
-    kxStlVector<UDMItemHandle> out;
-    EXPECT_THAT(
-        Refusal<UDMNotSupportedException>([&] { ann->GetClassifications(out, "name == M"); }),
-        HasSubstr("name == M"));
-}
-
 }  // namespace
 }  // namespace kxudm::test
