@@ -104,6 +104,16 @@ INSTANTIATE_TEST_SUITE_P(
         return name;
     });
 
+TEST_F(LibraryFixture, ALinkIsFoundByBothEndsNotByOneOfThemAlone) {
+    for (const auto* named :
+         {&statements::HAS_LINK, &statements::DROP_LINK, &statements::END_LINK}) {
+        const std::string plan = Plan(store_->Connection(), named->text);
+        EXPECT_THAT(plan, HasSubstr("(second=? AND kind=? AND to_rev=? AND first=?"))
+            << named->name;
+        EXPECT_THAT(plan, Not(HasSubstr("(second=? AND kind=? AND to_rev>?"))) << named->name;
+    }
+}
+
 TEST_F(LibraryFixture, RecursiveWalksSearchInEachStep) {
     for (const auto* named : {&statements::OWNED, &statements::IS_BELOW, &statements::LIES_BELOW}) {
         const std::string plan = Plan(store_->Connection(), named->text);
