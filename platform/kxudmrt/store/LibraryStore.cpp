@@ -1,6 +1,7 @@
 #include "store/LibraryStore.h"
 
 #include <charconv>
+#include <cstdlib>
 #include <utility>
 
 #include "sql/sqlite/Connection.h"
@@ -132,7 +133,7 @@ std::int64_t LibraryStore::Append(const JournalEntry& entry) {
     return Update([&] {
         sql::Statement statement(*connection_, statements::APPEND);
         statement.BindAll(entry.time,
-                          entry.op,
+                          entry.others ? -entry.op : entry.op,
                           entry.entity,
                           entry.revision,
                           entry.parent,
@@ -161,7 +162,8 @@ void LibraryStore::Journal(std::int64_t sequence,
         JournalEntry& entry = out.emplace_back();
         entry.sequence = statement.Int64(0);
         entry.time = statement.Int64(1);
-        entry.op = statement.Int(2);
+        entry.op = std::abs(statement.Int(2));
+        entry.others = statement.Int(2) < 0;
         entry.entity = statement.Int64(3);
         entry.revision = statement.Int(4);
         entry.parent = statement.Int64(5);

@@ -42,6 +42,31 @@ struct LibraryInfo {
     Microseconds created = 0;
 };
 
+// A save of a working revision.
+struct SavePoint {
+    Microseconds time = 0;
+    std::string user = {};
+    std::string comment = {};
+};
+
+// A branch as the viewer sees it, without attributes.
+struct BranchRow {
+    EntityRow entity = {};
+    int originRevision = NO_REVISION;
+};
+
+// A folder or classification where a working revision differs from the published one.
+struct MovedPlace {
+    LinkKind kind = LinkKind::Folder;
+    EntityId place = 0;
+    bool entered = false;  // else left
+};
+
+struct OwnerInfo {
+    std::string uid = {};
+    std::string elsewhere = {};  // who holds the owner, if that is why it is not seen as one
+};
+
 class LibraryStore {
   public:
     // Makes the library file; the folder must be there. A file of 0 bytes counts as missing, any
@@ -120,6 +145,33 @@ class LibraryStore {
     // Brings back what one deletion has hidden. False: the UID is unknown or not deleted.
     bool Undelete(std::string_view baseUid);
 
+    // --- The life of revisions ---
+
+    // Opens the working revision behind the published one, for the viewer of the stamp. Copies the
+    // attributes, no links: it costs the same whatever hangs on the entity. Returns its number.
+    // Error, naming who, where and since when, if somebody has the entity checked out.
+    int CheckOut(EntityId id, std::string_view comment, const Stamp& stamp);
+    // Records a save of the working revision; an empty comment leaves the revision's own.
+    void AddSavePoint(EntityId id, std::string_view comment, const Stamp& stamp);
+    // Oldest first.
+    [[nodiscard]] std::vector<SavePoint> SavePoints(EntityId id, int revision);
+    // Publishes the working revision, 0 as 1, and returns its number. An empty comment leaves the
+    // one that the revision has. `keep` opens the next working revision in the same transaction.
+    // Survives a loss of power. Only the holder may; error, too, if a child would have two owners.
+    int Publish(EntityId id, std::string_view comment, bool keep, const Stamp& stamp);
+    // Drops the working revision with all that was done in it; returns the number that stands
+    // again. Only the holder may, and only if the entity was published once.
+    int Undo(EntityId id, const Stamp& stamp);
+    // A new entity at revision 0 with attributes, files, places, references and shared children of
+    // a published revision; what that owns by composition stays with it.
+    EntityId Branch(EntityId origin, int revision, std::string_view uid, const Stamp& stamp);
+    // Branches of any revision, in the order of creation; `out` is appended to.
+    void Branches(std::string_view originUid, const Viewer& viewer, std::vector<BranchRow>& out);
+    // In which places publishing or undoing the working revision makes a difference.
+    void MovedPlaces(EntityId id, int working, std::vector<MovedPlace>& out);
+    // Number of the revision that the viewer sees, or saw before the entity was deleted.
+    [[nodiscard]] int SeenRevision(EntityId id, const Viewer& viewer);
+
     // --- Links ---
 
     // Last in the order of its parent, kind and name. A link that is there already is an error, as
@@ -162,6 +214,18 @@ class LibraryStore {
                                              std::string_view name,
                                              const Viewer& viewer,
                                              const Condition& condition = {});
+    // The same for the newest revision of a parent that bears its links, but counts no further than
+    // `limit`.
+    [[nodiscard]] std::int64_t CountChildrenUpTo(std::int64_t limit,
+                                                 EntityId parent,
+                                                 int parentRevision,
+                                                 LinkKind kind,
+                                                 std::string_view name,
+                                                 const Viewer& viewer);
+    // Whether the child has an owner that nobody else may join: one by composition or, with
+    // `alsoSharing`, any. Looks at everybody's working revisions, since they get published; only
+    // what the viewer has given up in working revisions of its own doesn't count.
+    bool AnyOwner(EntityId child, bool alsoSharing, const Viewer& viewer, OwnerInfo& owner);
     // Parents whose newest revision holds the link; with `older` also those of which only an older
     // one does. Each parent once per link name.
     void Parents(EntityId child,

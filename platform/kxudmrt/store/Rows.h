@@ -132,7 +132,7 @@ struct DeletedRow {
     int newestRevision = 0;
 };
 
-// One change, for the other sessions. The store does not interpret `op`.
+// One change, for the other sessions. The store does not interpret `op`, which is positive.
 struct JournalEntry {
     std::int64_t sequence = 0;  // given by the store
     Microseconds time = 0;
@@ -145,6 +145,7 @@ struct JournalEntry {
     std::int64_t process = 0;
     std::string user = {};  // with `workspace`: the only ones told; both empty: everybody
     std::string workspace = {};
+    bool others = false;         // everybody but `user` in `workspace` is told
     std::string entityUid = {};  // filled when read
     std::string parentUid = {};
     std::string childUid = {};

@@ -40,10 +40,24 @@
     " WHERE l.second = ?3 AND l.kind = ?4 AND l.to_rev = " KXUDM_OPEN      \
     " AND l.from_rev <= (r.id & 16777215)"                                 \
     " AND (l.ending IS NULL OR l.ending > (r.id & 16777215))"
-#define KXUDM_ROOT(kind, child, parent)                                                     \
-    " AND NOT EXISTS (SELECT 1 FROM link l CROSS JOIN entity p"                             \
-    " ON p.id = l." parent " AND p.deleted = 0 WHERE l." child " = e.id AND l.kind = " kind \
-    " AND l.to_rev = " KXUDM_OPEN " AND l.ending IS NULL)"
+// What the viewer sees of `p`.
+#define KXUDM_SEEN_PARENT                                                             \
+    "(CASE WHEN p.working IS NOT NULL AND p.lock_user = ?1 AND p.lock_workspace = ?2" \
+    " THEN p.working ELSE p.published END)"
+// Without a parent of this kind that the viewer sees: of links that the parent bears, and of those
+// that the child bears.
+#define KXUDM_NO_PARENT(kind)                                                       \
+    " AND NOT EXISTS (SELECT 1 FROM link l CROSS JOIN entity p"                     \
+    " ON p.id = l.first AND p.deleted = 0 WHERE l.second = e.id AND l.kind = " kind \
+    " AND l.to_rev = " KXUDM_OPEN " AND l.from_rev <= " KXUDM_SEEN_PARENT           \
+    " AND (l.ending IS NULL OR l.ending > " KXUDM_SEEN_PARENT "))"
+#define KXUDM_NO_PLACE(kind)                                                 \
+    " AND NOT EXISTS (SELECT 1 FROM link l CROSS JOIN entity p"              \
+    " ON p.id = l.second AND p.deleted = 0 AND " KXUDM_SEEN_PARENT           \
+    " IS NOT NULL"                                                           \
+    " WHERE l.first = e.id AND l.kind = " kind " AND l.to_rev = " KXUDM_OPEN \
+    " AND l.from_rev <= (r.id & 16777215)"                                   \
+    " AND (l.ending IS NULL OR l.ending > (r.id & 16777215)))"
 
 namespace kxudm::store::statements {
 
@@ -234,19 +248,19 @@ inline constexpr NamedStatement AT_TOP{
     "at the top",
     "SELECT " KXUDM_ROW "NULL FROM entity e" KXUDM_JOIN_SEEN
     " WHERE e.name = ?3 AND e.deleted = 0 AND (?4 = '' OR +e.definition = ?4)"  //
-    KXUDM_ROOT("3", "first", "second") " ORDER BY e.id"};
+    KXUDM_NO_PLACE("3") " ORDER BY e.id"};
 // Looks at every entity: names are compared with case folded outside of the database.
 inline constexpr NamedStatement ALL_AT_TOP{
     "all at the top",
     "SELECT " KXUDM_ROW "NULL FROM entity e" KXUDM_JOIN_SEEN
-    " WHERE e.deleted = 0" KXUDM_ROOT("3", "first", "second") " ORDER BY e.id"};
+    " WHERE e.deleted = 0" KXUDM_NO_PLACE("3") " ORDER BY e.id"};
 // As far as to the condition, for each way in which kinds are borne.
 inline constexpr const char* ROOTS_BY_PARENT_FROM =
     "SELECT " KXUDM_ROW "NULL FROM entity e" KXUDM_JOIN_SEEN
-    " WHERE e.definition = ?3 AND e.deleted = 0" KXUDM_ROOT("?4", "second", "first");
+    " WHERE e.definition = ?3 AND e.deleted = 0" KXUDM_NO_PARENT("?4");
 inline constexpr const char* ROOTS_BY_CHILD_FROM =
     "SELECT " KXUDM_ROW "NULL FROM entity e" KXUDM_JOIN_SEEN
-    " WHERE e.definition = ?3 AND e.deleted = 0" KXUDM_ROOT("?4", "first", "second");
+    " WHERE e.definition = ?3 AND e.deleted = 0" KXUDM_NO_PLACE("?4");
 
 // --- Queries ---
 
@@ -254,7 +268,7 @@ inline constexpr const char* QUERY_FROM =
     "SELECT " KXUDM_ROW "NULL FROM entity e" KXUDM_JOIN_SEEN " WHERE e.deleted = 0";
 inline constexpr const char* QUERY_WITH_ATTRIBUTES_FROM =
     "SELECT " KXUDM_ROW "r.attributes FROM entity e" KXUDM_JOIN_SEEN " WHERE e.deleted = 0";
-inline constexpr const char* QUERY_ROOTS_ONLY = KXUDM_ROOT("1", "second", "first");
+inline constexpr const char* QUERY_ROOTS_ONLY = KXUDM_NO_PARENT("1");
 
 // --- Listings with a condition, or of an older revision, completed by LibraryStore ---
 
@@ -267,6 +281,7 @@ inline constexpr const char* LAID_FROM = KXUDM_LAID_FROM;
 
 // --- Journal ---
 
+// A negative op stands for its positive one told to everybody but that user in that workspace.
 inline constexpr NamedStatement APPEND{
     "append to the journal",
     "INSERT INTO journal(time, op, entity, revision, parent, child, session, process, user,"
@@ -279,7 +294,7 @@ inline constexpr NamedStatement JOURNAL{
     " j.process, j.user, j.workspace, e.uid, p.uid, c.uid FROM journal j"
     " LEFT JOIN entity e ON e.id = j.entity LEFT JOIN entity p ON p.id = j.parent"
     " LEFT JOIN entity c ON c.id = j.child WHERE j.sequence > ?3"
-    " AND ((j.user = '' AND j.workspace = '') OR (j.user = ?1 AND j.workspace = ?2))"
+    " AND ((j.user = '' AND j.workspace = '') OR (j.user = ?1 AND j.workspace = ?2) = (j.op > 0))"
     " ORDER BY j.sequence LIMIT ?4"};
 
 }  // namespace kxudm::store::statements

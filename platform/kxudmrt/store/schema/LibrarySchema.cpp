@@ -18,6 +18,8 @@ namespace {
 //   removed in a working revision stays open with `ending` set to it, until its publish closes it
 //   and its undo clears `ending`: so the newest revision of anybody needs the open links only.
 // - `entry` repeats the child's name in links of kind 3, for the look-up of folder paths.
+// - from_rev 0 stays as it is when revision 0 is published as 1.
+// - A journal entry with a negative op is told to everybody but its user in its workspace.
 // - `deleted` is 0 or the number of the deletion that hid the entity.
 constexpr const char* STEP_1 = R"sql(
 CREATE TABLE info (

@@ -1,6 +1,6 @@
 // Every statement that a session runs often is served by an index and in the index's order.
 #include "LibraryFixture.h"
-#include "store/Statements.h"
+#include "store/RevisionStatements.h"
 
 using namespace kxudm::store;
 namespace sql = kxudm::sql;
@@ -85,6 +85,38 @@ INSTANTIATE_TEST_SUITE_P(
         Named(statements::IN_FOLDER),
         Named(statements::AT_TOP),
         Named(statements::JOURNAL),
+        Named(statements::LOCK_OF),
+        Named(statements::COPY_REVISION),
+        Named(statements::SET_LOCK),
+        Named(statements::ADD_SAVE_POINT),
+        Named(statements::SET_COMMENT),
+        Named(statements::SAVE_POINTS),
+        Named(statements::PUBLISH_REVISION),
+        Named(statements::SET_PUBLISHED),
+        Named(statements::DROP_COVERED_HEADS),
+        Named(statements::DROP_MASKS),
+        Named(statements::PUBLISH_HEADS),
+        Named(statements::CLOSE_LINKS),
+        Named(statements::CLOSE_FILES),
+        Named(statements::MOVE_EXACT),
+        Named(statements::MOVE_WORKSPACE_STATE),
+        Named(statements::OWNED_TWICE),
+        Named(statements::OWNED_ANEW),
+        Named(statements::DROP_REVISION),
+        Named(statements::DROP_WORKING_HEADS),
+        Named(statements::DROP_NEW_LINKS),
+        Named(statements::REOPEN_LINKS),
+        Named(statements::DROP_NEW_FILES),
+        Named(statements::REOPEN_FILES),
+        Named(statements::DROP_EXACT),
+        Named(statements::DROP_WORKSPACE_STATE),
+        Named(statements::CLEAR_LOCK),
+        Named(statements::BRANCH_LINKS),
+        Named(statements::BRANCH_FILES),
+        Named(statements::BRANCH_VAULT),
+        Named(statements::MOVED_PLACES),
+        Named(statements::SEEN_REVISION),
+        Named(statements::ANY_OWNER),
         Hot{"roots by parent", std::string(statements::ROOTS_BY_PARENT_FROM) + " ORDER BY e.id"},
         Hot{"roots by child", std::string(statements::ROOTS_BY_CHILD_FROM) + " ORDER BY e.id"},
         Hot{"children of an older revision",
@@ -129,4 +161,13 @@ TEST_F(LibraryFixture, ListingsOfOlderParentsSearchThoughTheySort) {
         EXPECT_THAT(plan, HasSubstr("SEARCH l USING")) << named->name;
         EXPECT_THAT(plan, Not(HasSubstr("SCAN"))) << named->name;
     }
+}
+
+// A handful of branches is sorted by time; the count's inner listing is walked as a table.
+TEST_F(LibraryFixture, BranchesAndLimitedCountsSearchTheirTables) {
+    EXPECT_THAT(Plan(store_->Connection(), statements::BRANCHES.text),
+                HasSubstr("SEARCH e USING INDEX entity_branch"));
+    EXPECT_THAT(
+        Plan(store_->Connection(), statements::COUNT_UP_TO.text),
+        HasSubstr("SEARCH l USING PRIMARY KEY (first=? AND kind=? AND to_rev=? AND name=?"));
 }
