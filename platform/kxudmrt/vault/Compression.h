@@ -1,0 +1,79 @@
+// Zstandard as the vault uses it: one frame for each file, with the content's size and a checksum,
+// that the command line tool `zstd` reads as well. Objects keep their working memory (a few MiB)
+// from one content to the next.
+#ifndef KXUDMRT_VAULT_COMPRESSION_H
+#define KXUDMRT_VAULT_COMPRESSION_H
+
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <string_view>
+
+struct ZSTD_CCtx_s;
+struct ZSTD_DCtx_s;
+
+namespace kxudm::vault {
+
+// How much of a file is in memory at a time.
+constexpr std::size_t kBlock = std::size_t{1} << 20;
+
+class Compressor {
+  public:
+    using Sink = std::function<void(const char*, std::size_t)>;
+
+    Compressor();
+    ~Compressor();
+    Compressor(const Compressor&) = delete;
+    Compressor& operator=(const Compressor&) = delete;
+
+    // Whether the content that begins with these bytes, at most kBlock, is likely to shrink by a
+    // tenth or more: from samples spread over them.
+    bool LooksWorthwhile(std::string_view beginning);
+    // A whole content of at most kBlock. Empty if it doesn't shrink by a tenth; else valid until
+    // the next call.
+    std::string_view CompressWhole(std::string_view content);
+
+    // A content of any size, which must be exactly `size` in the end.
+    void Begin(std::uint64_t size);
+    void Put(std::string_view bytes, const Sink& sink);
+    void End(const Sink& sink);
+
+  private:
+    std::size_t Once(std::string_view bytes);
+    void Run(std::string_view bytes, bool last, const Sink& sink);
+
+    ZSTD_CCtx_s* context_;
+    std::size_t capacity_;
+    std::unique_ptr<char[]> output_;
+};
+
+class Decompressor {
+  public:
+    Decompressor();
+    ~Decompressor();
+    Decompressor(const Decompressor&) = delete;
+    Decompressor& operator=(const Decompressor&) = delete;
+
+    void Begin();
+
+    struct Step {
+        std::size_t taken = 0;  // of the input
+        std::size_t made = 0;   // of the output
+        // Empty, or why the input is no frame of ours.
+        const char* problem = nullptr;
+    };
+    // Decompresses as much of `input` as fits into the output. Input behind the end of the frame is
+    // a problem.
+    Step Run(std::string_view input, char* output, std::size_t size);
+    // Whether the frame is complete.
+    [[nodiscard]] bool AtEnd() const { return atEnd_; }
+
+  private:
+    ZSTD_DCtx_s* context_;
+    bool atEnd_ = false;
+};
+
+}  // namespace kxudm::vault
+
+#endif

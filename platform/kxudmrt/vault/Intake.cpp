@@ -1,0 +1,153 @@
+#include "vault/Intake.h"
+
+#include <algorithm>
+
+namespace kxudm::vault {
+namespace {
+
+// Enough to tell text from anything else.
+constexpr std::size_t kTextSample = std::size_t{64} << 10;
+
+bool IsTextByte(char c) {
+    const auto byte = static_cast<unsigned char>(c);
+    // Beside the blanks: backspace, the end mark of old systems, escape sequences of listings.
+    return byte >= 0x20 || (byte >= '\b' && byte <= '\r') || byte == 0x1A || byte == 0x1B;
+}
+
+bool LooksLikeText(std::string_view beginning) {
+    beginning = beginning.substr(0, kTextSample);
+    return std::all_of(beginning.begin(), beginning.end(), IsTextByte);
+}
+
+// A damaged file of the vault must not stand for a content that can be stored afresh.
+bool MayBe(const Entry& entry, std::uint64_t size) {
+    return entry.compressed ? entry.storedSize > 0 && entry.storedSize < size
+                            : entry.storedSize == size;
+}
+
+}  // namespace
+
+struct Intake::Pass {
+    SourceFile& source;
+    const std::string& path;
+    const AddOptions& options;
+    const StoredByHash* expected;
+    Incoming result;
+
+    void Advance(std::uint64_t bytes) const {
+        if (options.progress && !options.progress(bytes)) {
+            throw StoppedException("Storing '" + path + "' was stopped; nothing of it was stored");
+        }
+    }
+};
+
+Incoming Intake::TakeIn(const std::string& path,
+                        const AddOptions& options,
+                        const StoredByHash* expected) {
+    SourceFile source(layout_.Files(), path);
+    Pass pass{source, path, options, expected, {}};
+    hash_.Begin();
+    const std::string_view beginning(Block(), source.Fill(Block(), kBlock));
+    Stored& stored = pass.result.stored;
+    stored.size = source.Size();
+    stored.modified = source.Modified();
+    stored.isText = LooksLikeText(beginning);
+    if (beginning.size() < kBlock) {
+        TakeSmall(pass, beginning);
+    } else {
+        TakeLarge(pass, beginning);
+    }
+    return std::move(pass.result);
+}
+
+char* Intake::Block() {
+    if (block_ == nullptr) {
+        block_ = std::make_unique_for_overwrite<char[]>(kBlock);
+        compressor_ = std::make_unique<Compressor>();
+    }
+    return block_.get();
+}
+
+// The content is in memory, so its hash is known before anything is written.
+void Intake::TakeSmall(Pass& pass, std::string_view content) {
+    Incoming& result = pass.result;
+    pass.source.CheckUnchanged();
+    hash_.Update(content.data(), content.size());
+    result.stored.hash = hash_.Finish();
+    pass.Advance(content.size());
+    if (IsThere(result, pass.expected)) {
+        return;
+    }
+    std::string_view bytes = content;
+    if (pass.options.mayCompress) {
+        const std::string_view smaller = compressor_->CompressWhole(content);
+        result.stored.compressed = !smaller.empty();
+        bytes = smaller.empty() ? content : smaller;
+    }
+    result.file = layout_.NewTemporary();
+    result.file->Write(bytes.data(), bytes.size());
+    result.stored.storedSize = bytes.size();
+}
+
+void Intake::TakeLarge(Pass& pass, std::string_view beginning) {
+    Incoming& result = pass.result;
+    Stored& stored = result.stored;
+    stored.compressed = pass.options.mayCompress && compressor_->LooksWorthwhile(beginning);
+    result.file = layout_.NewTemporary();
+    const auto write = [&result](const char* bytes, std::size_t size) {
+        result.file->Write(bytes, size);
+        result.stored.storedSize += size;
+    };
+    if (stored.compressed) {
+        compressor_->Begin(stored.size);
+    }
+    for (std::string_view bytes = beginning; !bytes.empty();
+         bytes = {Block(), pass.source.Fill(Block(), kBlock)}) {
+        hash_.Update(bytes.data(), bytes.size());
+        if (stored.compressed) {
+            compressor_->Put(bytes, write);
+        } else {
+            write(bytes.data(), bytes.size());
+        }
+        pass.Advance(bytes.size());
+    }
+    pass.source.CheckUnchanged();
+    if (stored.compressed) {
+        compressor_->End(write);
+    }
+    stored.hash = hash_.Finish();
+    if (IsThere(result, pass.expected)) {
+        result.file->Discard();
+        result.file.reset();
+    }
+}
+
+bool Intake::IsThere(Incoming& incoming, const StoredByHash* expected) const {
+    Stored& stored = incoming.stored;
+    if (expected != nullptr) {
+        const auto same = expected->find(stored.hash);
+        if (same != expected->end()) {
+            stored.storedSize = same->second.storedSize;
+            stored.compressed = same->second.compressed;
+            stored.wasThere = true;
+            return true;
+        }
+    }
+    Entry entry;
+    if (!layout_.Find(stored.hash, entry)) {
+        return false;
+    }
+    if (!MayBe(entry, stored.size)) {
+        incoming.impostor = entry.path;
+        return false;
+    }
+    if (!layout_.Freshen(entry)) {
+        return false;
+    }
+    stored.storedSize = entry.storedSize;
+    stored.compressed = entry.compressed;
+    stored.wasThere = true;
+    return true;
+}
+
+}  // namespace kxudm::vault

@@ -1,0 +1,54 @@
+// Reads a file once, and in that pass hashes it, looks what it is, and writes it, compressed where
+// that pays, under a temporary name into the vault. Memory does not depend on the file's size.
+//
+// Layer: vault, inside. One thread at a time.
+#ifndef KXUDMRT_VAULT_INTAKE_H
+#define KXUDMRT_VAULT_INTAKE_H
+
+#include <memory>
+#include <string>
+
+#include "vault/Compression.h"
+#include "vault/Layout.h"
+#include "vault/Sha256.h"
+#include "vault/SourceFile.h"
+#include "vault/Stored.h"
+
+namespace kxudm::vault {
+
+struct Incoming {
+    Stored stored = {};
+    // Whole, still open, not yet flushed; none if the content is in the vault already.
+    std::unique_ptr<TemporaryFile> file = nullptr;
+    // A file of the vault that can't be this content though it bears its name; empty if there is
+    // none.
+    std::string impostor = {};
+};
+
+class Intake {
+  public:
+    explicit Intake(Layout& layout) : layout_(layout) {}
+
+    // `expected`, if it holds the content's hash, stands for contents that will be in the vault.
+    Incoming TakeIn(const std::string& path,
+                    const AddOptions& options,
+                    const StoredByHash* expected = nullptr);
+
+  private:
+    struct Pass;
+
+    void TakeSmall(Pass& pass, std::string_view content);
+    void TakeLarge(Pass& pass, std::string_view beginning);
+    bool IsThere(Incoming& incoming, const StoredByHash* expected) const;
+    [[nodiscard]] char* Block();
+
+    Layout& layout_;
+    Sha256 hash_;
+    // Made with the first file: a vault that is only read needs neither.
+    std::unique_ptr<char[]> block_;
+    std::unique_ptr<Compressor> compressor_;
+};
+
+}  // namespace kxudm::vault
+
+#endif
