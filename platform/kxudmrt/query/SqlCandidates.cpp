@@ -44,10 +44,12 @@ Rank StoredRank(const Comparison& comparison, const Operand& operand) {
                                                                : RankOf(comparison);
 }
 
-// Conditions on one stored attribute, all of which the value must meet.
+// Conditions on one stored attribute, all of which the value must meet. Several are bounds at both
+// ends, of which each keeps out what the other would have to.
 Candidates StoredCandidates(const std::string& attribute,
                             const std::vector<Condition>& conditions,
                             Rank rank) {
+    const Guard guard = conditions.size() == 1 ? Guard::Own : Guard::Others;
     const std::string value = "h.value";
     SqlFragment numbers = SqlFragment().Add(dialect::STORED_CANDIDATES).Bind(attribute);
     SqlFragment texts = SqlFragment().Add(dialect::STORED_CANDIDATES).Bind(attribute);
@@ -55,8 +57,8 @@ Candidates StoredCandidates(const std::string& attribute,
     for (const Condition& condition : conditions) {
         // Folding leaves numbers as they are, but no index tells where its texts begin.
         texts.Add(condition.letters == Letters::Folded ? " AND h.value >= ''" : "");
-        texts.Add(" AND ").Add(TextBranch(condition, value));
-        if (auto branch = NumberBranch(condition, value); branch && hasNumbers) {
+        texts.Add(" AND ").Add(TextBranch(condition, value, guard));
+        if (auto branch = NumberBranch(condition, value, guard); branch && hasNumbers) {
             numbers.Add(" AND ").Add(std::move(*branch));
         } else {
             hasNumbers = false;

@@ -13,10 +13,11 @@ namespace kxudm::query {
 
 // SELECTs that together yield, as ids, every entity that may be a hit.
 struct Candidates {
-    // How few they are likely to be; fewer first.
-    enum class Rank { Uid, Equal, Narrow, HalfOpen, Definition, WholeAttribute };
+    // Cheap ones first. To go through all values of an attribute, in the index alone, costs less
+    // than to look at each entity of a definition, of which there may be as many.
+    enum class Rank { Uid, Equal, Narrow, HalfOpen, WholeAttribute, Definition };
 
-    Rank rank = Rank::WholeAttribute;
+    Rank rank = Rank::Definition;
     std::vector<SqlFragment> selects = {};
 };
 

@@ -4,7 +4,8 @@
 // the tree's shape alone. A condition has two parts. The filter is the whole query, each comparison
 // looked up for the entity at hand; it alone decides. Before it, for a search, stand candidates: a
 // set that an index yields and that holds every hit. They come from the most selective part that a
-// hit must meet: UID, equality, prefix, range, definition, in this order. A query without such a
+// hit must meet: UID, equality, prefix, range, a walk through one
+// attribute, definition, in this order. A query without such a
 // part ("!=", "!", an attribute without value, patterns that begin with a wildcard) looks at every
 // entity.
 //

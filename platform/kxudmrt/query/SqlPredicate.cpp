@@ -83,7 +83,9 @@ bool Condition::TakesMissing() const {
            });
 }
 
-std::optional<SqlFragment> NumberBranch(const Condition& condition, const std::string& expression) {
+std::optional<SqlFragment> NumberBranch(const Condition& condition,
+                                        const std::string& expression,
+                                        Guard guard) {
     std::vector<Number> numbers;
     for (const Literal& value : condition.values) {
         if (value.number) {
@@ -98,13 +100,13 @@ std::optional<SqlFragment> NumberBranch(const Condition& condition, const std::s
     }
     SqlFragment sql;
     sql.Add(expression).Add(SqlSymbol(condition.op)).Bind(numbers.front());
-    if (!IsUpperBound(condition.op)) {
+    if (!IsUpperBound(condition.op) && guard == Guard::Own) {
         sql.Add(" AND ").Add(expression).Add(" < ''");
     }
     return sql;
 }
 
-SqlFragment TextBranch(const Condition& condition, const std::string& expression) {
+SqlFragment TextBranch(const Condition& condition, const std::string& expression, Guard guard) {
     if (condition.op == Operator::Like) {
         return Like(condition, expression);
     }
@@ -118,7 +120,7 @@ SqlFragment TextBranch(const Condition& condition, const std::string& expression
         return EqualToAny(compared, texts);
     }
     SqlFragment sql;
-    if (IsUpperBound(condition.op)) {
+    if (IsUpperBound(condition.op) && guard == Guard::Own) {
         sql.Add(expression).Add(" >= '' AND ");
     }
     sql.Add(compared).Add(SqlSymbol(condition.op)).Bind(condition.values.front().text);

@@ -25,9 +25,16 @@ struct Condition {
     [[nodiscard]] bool TakesMissing() const;
 };
 
+// Whether a branch keeps values of the other kind out, or other conditions beside it do: an index
+// takes the first of two bounds, and the one between the kinds is the wide one.
+enum class Guard { Own, Others };
+
 // `expression` is a constant SQL text without side effects.
 [[nodiscard]] std::optional<SqlFragment> NumberBranch(const Condition& condition,
-                                                      const std::string& expression);
-[[nodiscard]] SqlFragment TextBranch(const Condition& condition, const std::string& expression);
+                                                      const std::string& expression,
+                                                      Guard guard = Guard::Own);
+[[nodiscard]] SqlFragment TextBranch(const Condition& condition,
+                                     const std::string& expression,
+                                     Guard guard = Guard::Own);
 
 }  // namespace kxudm::query

@@ -90,14 +90,24 @@ TEST_F(Plans, TheMostSelectivePartOfAConjunctionIsLookedUp) {
     EXPECT_THAT(Plan("attrib.mass > 5 && attrib.material == Steel && type == Part"),
                 HasSubstr(std::string(BY_VALUE) + " (name=? AND value=?)"));
     EXPECT_THAT(Plan("attrib.mass == 5 && id == U1"), HasSubstr("autoindex_entity_1"));
+    // A disjunction is as selective as the least of its parts.
+    EXPECT_THAT(Plan("(id == U1 || type == Part) && attrib.mass == 5"), HasSubstr(BY_VALUE));
     EXPECT_THAT(Plan("attrib.mass == 5 && id == U1"), Not(HasSubstr(BY_VALUE)));
 }
 
-TEST_F(Plans, NumbersAndNamesOfDefinitionsAreLookedUpWhereLettersAreFolded) {
+// Between two bounds of one attribute no third one stands that the index might take instead.
+TEST_F(Plans, TwoBoundsOfOneAttributeAreTheOnesThatAreLookedUp) {
+    const std::string sql = Compiled("attrib.mass >= 5 && attrib.mass < 6").sql;
+    EXPECT_THAT(sql,
+                testing::StartsWith("e.id IN (SELECT h.entity FROM head_attribute h WHERE"
+                                    " h.name = ? AND h.value >= ? AND h.value < ? UNION ALL "
+                                    "SELECT h.entity FROM head_attribute h WHERE"
+                                    " h.name = ? AND h.value >= ? AND h.value < ?) AND "));
+}
+
+TEST_F(Plans, NumbersAreLookedUpWhereLettersAreFolded) {
     EXPECT_THAT(Plan("attrib.mass == 5", Letters::Folded),
                 HasSubstr(std::string(BY_VALUE) + " (name=? AND value=?)"));
-    EXPECT_THAT(Plan("type == Part && attrib.material == steel", Letters::Folded),
-                HasSubstr("entity_definition"));
     EXPECT_THAT(Plan("attrib.mass > 5 && attrib.material == steel", Letters::Folded),
                 HasSubstr(std::string(BY_VALUE) + " (name=? AND value>? AND value<?)"));
 }

@@ -46,6 +46,8 @@ TEST(Pattern, AQuestionMarkTakesOneCharacterOfAnySize) {
     EXPECT_FALSE(
         Pattern("a?c?").Matches("a\xE2\x82\xAC\xE2\x82\xAC"
                                 "cx"));
+    // Nor does a star leave half a character to it.
+    EXPECT_FALSE(Pattern("*??xz").Matches("\xE2\x82\xACxz"));
     EXPECT_TRUE(Pattern("*?\xC3\xA4?").Matches("xx\xC3\xA4\xC3\xB6"));
 }
 
