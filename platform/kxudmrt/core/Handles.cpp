@@ -125,7 +125,9 @@ bool AttributeDefinitionState::ValidValues(kxStlVector<kxString>& /*values*/) co
 }
 ContentDefinitionState::~ContentDefinitionState() = default;
 DefinitionSource::~DefinitionSource() = default;
-kxString DefinitionSource::DefinitionForExtension(const kxString& /*extension*/) { return {}; }
+kxString DefinitionSource::DefinitionForExtension(const kxString& /*extension*/) {
+    return {};
+}
 
 }  // namespace spi
 

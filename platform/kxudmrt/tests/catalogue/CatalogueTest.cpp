@@ -82,9 +82,9 @@ TEST(ContentDefinition, InheritsTypeAndClassButNotTheDisplayName) {
 }
 
 TEST(ContentDefinition, WithoutATypeInItsLineIsItsOwnType) {
-    const auto catalogue = Read(
-        R"(<definition name="A"/><definition name="B" base="A"/>)"
-        R"(<definition name="C" base="B" type="T"/><definition name="D" base="C"/>)");
+    const auto catalogue =
+        Read(R"(<definition name="A"/><definition name="B" base="A"/>)"
+             R"(<definition name="C" base="B" type="T"/><definition name="D" base="C"/>)");
     EXPECT_EQ(catalogue->Get("B").Type(), "B");
     EXPECT_EQ(catalogue->Get("C").Type(), "T");
     EXPECT_EQ(catalogue->Get("D").Type(), "T");
