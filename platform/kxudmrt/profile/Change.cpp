@@ -11,7 +11,8 @@ bool ChangeList::Repeats(const Change& change) {
 
 void ChangeList::Add(Change change) {
     if (Repeats(change) &&
-        !_known.insert(Key(change.code, change.subject.get(), change.onlyHere)).second) {
+        !_known.insert(Key(change.code, change.subject.get(), change.revision, change.audience))
+             .second) {
         return;
     }
     _changes.push_back(std::move(change));

@@ -14,10 +14,18 @@
 
 namespace kxudm::profile {
 
+// Seen from the session that makes a change.
+enum class Audience : unsigned char {
+    Everybody,
+    Here,      // its user in its workspace
+    Elsewhere  // everybody else
+};
+
 struct Change {
     using State = boost::shared_ptr<EntityState>;
 
-    // An entity or the structure below it changed: codes 3, 10, 35, 40, 42.
+    // An entity or the structure below it changed: codes 3, 5, 10, 35, 40, 42. Code 39 with the
+    // revision that stands again; the one behind it is gone.
     static Change Of(SignalOption code, const State& subject) { return {code, subject}; }
     // A child left a parent: codes 12, 36, 41, 43.
     static Change OfChild(SignalOption code, const State& parent, const State& child) {
@@ -31,15 +39,28 @@ struct Change {
     }
     // Only the session's user in its workspace sees it.
     Change&& Private(bool isPrivate) && {
-        onlyHere = isPrivate;
+        audience = isPrivate ? Audience::Here : Audience::Everybody;
         return std::move(*this);
+    }
+    Change&& For(Audience told) && {
+        audience = told;
+        return std::move(*this);
+    }
+    // It is about another revision of the subject: for those elsewhere.
+    Change&& At(int number) && {
+        revision = number;
+        return std::move(*this);
+    }
+    [[nodiscard]] int Revision() const {
+        return revision == store::NO_REVISION ? subject->Revision() : revision;
     }
 
     SignalOption code;
     State subject = {};
     State child = {};
     store::DeletedRow deleted = {};
-    bool onlyHere = false;
+    Audience audience = Audience::Everybody;
+    int revision = store::NO_REVISION;  // the subject's own
 };
 
 class ChangeList {
@@ -49,8 +70,7 @@ class ChangeList {
     [[nodiscard]] const std::vector<Change>& All() const { return _changes; }
 
   private:
-    // Code, subject and whether it is private.
-    using Key = std::tuple<int, const EntityState*, bool>;
+    using Key = std::tuple<int, const EntityState*, int, Audience>;
 
     static bool Repeats(const Change& change);
 

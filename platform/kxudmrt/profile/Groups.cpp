@@ -30,23 +30,14 @@ std::size_t CountOfCategory(const ContentDefinition& definition, std::string_vie
                                (known.empty() ? "none" : known));
 }
 
-bool OwnsByComposition(Session& session, const store::LinkedRow& owner) {
-    const ContentDefinition* definition = session.Catalogue()->Find(owner.entity.definition);
-    const GroupDefinition* group =
-        definition != nullptr ? definition->FindGroup(owner.name) : nullptr;
-    return group != nullptr && group->composition;
-}
-
 void RequireOneOwner(Session& session, const EntityState& child, const GroupDefinition& group) {
-    std::vector<store::LinkedRow> owners;
-    session.Store().Parents(
-        child.Id(), child.Revision(), LinkKind::Owner, {}, session.Viewer(), owners);
-    for (const store::LinkedRow& owner : owners) {
-        if (group.composition || OwnsByComposition(session, owner)) {
-            throw UDMException(child.Cdef() + " " + child.Uid() + " is owned by " +
-                               owner.entity.uid +
-                               " already and can have one owner only; remove it there first");
-        }
+    store::OwnerInfo owner;
+    if (session.Store().AnyOwner(child.Id(), group.composition, session.Viewer(), owner)) {
+        throw UDMException(child.Cdef() + " " + child.Uid() + " is owned by " + owner.uid +
+                           " already and can have one owner only; " +
+                           (owner.elsewhere.empty()
+                                ? "remove it there first"
+                                : owner.elsewhere + "; it must be removed there and published"));
     }
 }
 

@@ -71,8 +71,11 @@ void Session::ApplyDeletion(const store::JournalEntry& entry) {
     store::DeletedRow gone;
     gone.id = entry.entity;
     gone.uid = entry.entityUid;
-    gone.newestRevision = entry.revision;
-    QueueDeletion(gone);
+    // Who does not see the working revision saw the published one.
+    gone.newestRevision = _store->SeenRevision(entry.entity, Viewer());
+    if (gone.newestRevision != store::NO_REVISION) {
+        QueueDeletion(gone);
+    }
 }
 
 // One record for each revision that the session has seen, the newest one in any case.
@@ -92,6 +95,12 @@ void Session::QueueDeletion(const store::DeletedRow& gone) {
     TouchLinks();
 }
 
+// The working revision was the one behind the published one that stands again.
+void Session::QueueUndo(const State& standing) {
+    const UDMUID gone(WithRevision(kxString(standing->BaseUid()), standing->Revision() + 1));
+    _slots.Queue(UDMProfileUpdate::OfUndo(UDMItemHandle(standing), gone));
+}
+
 void Session::Apply(const store::JournalEntry& entry) {
     const auto code = static_cast<SignalOption>(entry.op);
     switch (code) {
@@ -99,19 +108,16 @@ void Session::Apply(const store::JournalEntry& entry) {
             ApplyDeletion(entry);
             return;
         case SIGNAL_CONTENT_CHANGED:
-        case SIGNAL_STATE_CHANGED:
-        case SIGNAL_REVISION_ADVANCED:
             for (EntityState* state = _states.Chain(entry.entityUid); state != nullptr;
                  state = state->next) {
                 state->SetStale();
-                if (code != SIGNAL_CONTENT_CHANGED) {
-                    state->SetNewest(false);
-                }
             }
+            break;
+        case SIGNAL_STATE_CHANGED:
+        case SIGNAL_REVISION_ADVANCED:
+        case SIGNAL_REVISION_UNDONE:
             // Who sees which revision has changed, so that links may show or hide.
-            if (code != SIGNAL_CONTENT_CHANGED) {
-                TouchLinks();
-            }
+            Outdate(entry.entityUid);
             break;
         default:
             TouchLinks();
@@ -126,7 +132,10 @@ void Session::Apply(const store::JournalEntry& entry) {
                 UDMProfileUpdate::OfChild(code, UDMItemHandle(parent), ChildHandle(entry)));
         }
     } else if (entry.entity != 0) {
-        if (const State subject = Find(WithRevision(entry.entityUid, entry.revision))) {
+        const State subject = Find(WithRevision(entry.entityUid, entry.revision));
+        if (subject && code == SIGNAL_REVISION_UNDONE) {
+            QueueUndo(subject);
+        } else if (subject) {
             _slots.Queue(UDMProfileUpdate::OfHandle(code, UDMItemHandle(subject)));
         }
     }

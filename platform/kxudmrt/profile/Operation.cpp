@@ -7,13 +7,18 @@
 
 namespace kxudm::profile {
 
-Operation::Operation(Session& session, const char* name)
+Operation::Operation(Session& session, const char* name, sql::Transaction::Durability durability)
     : _session((session.RequireOpen(name), session.shared_from_this())), _stamp(session.Now()) {
-    _transaction = std::make_unique<sql::Transaction>(_session->Store().Connection());
+    _transaction = std::make_unique<sql::Transaction>(
+        _session->Store().Connection(), sql::Transaction::Mode::Write, durability);
     _session->CatchUp();
 }
 
-Operation::~Operation() = default;
+Operation::~Operation() {
+    if (_transaction && _renewed) {
+        _session->Outdate(_renewed->BaseUid());
+    }
+}
 
 void Operation::Commit() {
     if (_session->InBulk()) {
@@ -50,9 +55,10 @@ std::int64_t Session::WriteJournal(const ChangeList& changes, const store::Stamp
         entry.time = stamp.time;
         entry.op = change.code;
         entry.session = _id;
-        if (change.onlyHere) {
+        if (change.audience != Audience::Everybody) {
             entry.user = _options.user;
             entry.workspace = _options.workspace;
+            entry.others = change.audience == Audience::Elsewhere;
         }
         if (change.code == SIGNAL_ENTITY_DELETED) {
             entry.entity = change.deleted.id;
@@ -63,7 +69,7 @@ std::int64_t Session::WriteJournal(const ChangeList& changes, const store::Stamp
             entry.revision = change.child->Revision();
         } else {
             entry.entity = change.subject->Id();
-            entry.revision = change.subject->Revision();
+            entry.revision = change.Revision();
         }
         last = _store->Append(entry);
     }
@@ -74,8 +80,10 @@ void Session::QueueOwn(const ChangeList& changes) {
     for (const Change& change : changes.All()) {
         if (change.code == SIGNAL_ENTITY_DELETED) {
             QueueDeletion(change.deleted);
-        } else if (_slots.Empty()) {
+        } else if (_slots.Empty() || change.audience == Audience::Elsewhere) {
             continue;
+        } else if (change.code == SIGNAL_REVISION_UNDONE) {
+            QueueUndo(change.subject);
         } else if (change.child) {
             _slots.Queue(UDMProfileUpdate::OfChild(
                 change.code, UDMItemHandle(change.subject), UDMItemHandle(change.child)));

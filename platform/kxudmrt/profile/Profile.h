@@ -87,6 +87,11 @@ class Profile final : public IUDMProfile, public spi::IBulkEdit {
     void Checkout(const UDMItemHandle& handle, const kxString& comment) override;
     UDMItemHandle GetWorkingHandle(const UDMItemHandle& handle) override;
 
+    // History, and how it stands to the data source: History.cpp
+    boost::shared_ptr<UDMHistoryNode> GetHistory(const UDMItemHandle& handle) override;
+    bool GetSyncStatus(const UDMItemHandle& handle) override;
+    void Synchronize(const UDMItemHandle& handle) override;
+
     // Queries: ProfileQueries.cpp
     std::size_t RunQuery(kxStlVector<UDMItemHandle>& hits,
                          const kxString& query,
@@ -103,7 +108,6 @@ class Profile final : public IUDMProfile, public spi::IBulkEdit {
                                      const kxString& type,
                                      bool exact) override;
     bool RemoveRelation(const UDMItemHandle& first, const UDMItemHandle& second) override;
-    boost::shared_ptr<UDMHistoryNode> GetHistory(const UDMItemHandle& handle) override;
     void GetDocuments(const UDMItemHandle& handle,
                       kxStlVector<UDMGenericDocument>& documents,
                       bool withExternal) override;
@@ -145,8 +149,6 @@ class Profile final : public IUDMProfile, public spi::IBulkEdit {
     void GetReferredBy(kxStlVector<UDMItemHandle>& referring,
                        kxStlVector<kxString>& types,
                        const UDMItemHandle& handle) override;
-    bool GetSyncStatus(const UDMItemHandle& handle) override;
-    void Synchronize(const UDMItemHandle& handle) override;
     void Export(const kxString& path, const kxStlVector<kxString>& uids, int scope) override;
     void Import(const kxString& path) override;
 

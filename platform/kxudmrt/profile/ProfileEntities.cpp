@@ -170,6 +170,12 @@ void Profile::SetAttributeValue(const UDMItemHandle& handle,
             state->Id(), state->Revision(), {{key, checked}}, operation.Stamp());
     }
     operation.Record(Change::Of(SIGNAL_CONTENT_CHANGED, state).Private(state->IsPrivate()));
+    if (isName && state->IsPrivate() && !state->IsNeverPublished()) {
+        // The published revision shows the name, too.
+        operation.Record(Change::Of(SIGNAL_CONTENT_CHANGED, state)
+                             .At(state->Revision() - 1)
+                             .For(Audience::Elsewhere));
+    }
     operation.Commit();
     if (isName) {
         TakeName(*_session, *state, checked.GetString(), operation.Stamp());

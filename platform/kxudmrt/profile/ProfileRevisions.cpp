@@ -1,52 +1,190 @@
+// The life of revisions. An unversioned entity has one revision, which is always editable and seen
+// by everybody: there is nothing to check out, save, publish or undo, and asking for it succeeds.
+#include "core/UidGenerator.h"
 #include "profile/Profile.h"
+#include "profile/RevisionsCheck.h"
+#include "profile/RevisionsTold.h"
 
 namespace kxudm::profile {
 
 namespace {
 
-// An unversioned entity has one revision, which is always editable and seen by everybody: there is
-// nothing to check out, save, publish or undo, and asking for it succeeds.
-void RequireUnversioned(Session& session, const UDMItemHandle& handle, const char* operation) {
-    session.Poll(operation);
-    if (session.Resolve(handle)->State() != store::RevisionState::Unversioned) {
-        ThrowNotOffered(operation);
+using Durability = sql::Transaction::Durability;
+
+bool IsUnversioned(const EntityState& state) {
+    return state.State() == store::RevisionState::Unversioned;
+}
+
+kxString WithRevision(const EntityState& state, int revision) {
+    return kxString(std::string(state.BaseUid()) + ":" + std::to_string(revision));
+}
+
+// What a session takes for the newest revision, before it learns what others did.
+bool IsTakenForNewest(const UDMItemHandle& handle) {
+    const auto state = boost::dynamic_pointer_cast<EntityState>(handle.State());
+    return state && state->IsNewest();
+}
+
+// For steps that concern the entity, whichever revision the handle was of: it may be one that is
+// gone, such as 0 after the first publish.
+Session::State NewestOf(Session& session, const UDMItemHandle& handle) {
+    return handle.IsEmpty() ? session.Resolve(handle)
+                            : session.Get(handle.GetUID().substr(0, handle.GetUID().find(':')));
+}
+
+store::EntityRow NewestRow(Session& session, const EntityState& state) {
+    store::EntityRow row;
+    if (!session.Store().FindByUid(state.BaseUid(), session.Viewer(), row)) {
+        throw UDMNotFoundException(state.Cdef() + " " + state.Uid() +
+                                   " is deleted or not visible any more; use one that is there");
     }
+    return row;
+}
+
+void RequireBranchable(const EntityState& origin, int newest, bool takenForNewest) {
+    const std::string what = origin.Cdef() + " " + origin.Uid();
+    if (takenForNewest) {
+        throw UDMException(what + " can't be checked out: revision " + std::to_string(newest) +
+                           " was published meanwhile; look at that and check it out");
+    }
+    if (!origin.Definition()->IsBranchable()) {
+        throw UDMException(what +
+                           " can't be checked out: it is not the newest revision, which is " +
+                           std::to_string(newest) + ", and \"" + origin.Cdef() +
+                           "\" can't be branched; check out the newest one");
+    }
+}
+
+void Branch(Session& session, Operation& operation, const EntityState& origin) {
+    const kxString uid = core::ProcessUidGenerator().Next();
+    operation.Store().Branch(origin.Id(), origin.Revision(), uid, operation.Stamp());
+    RecordPlacesOfBranch(session, operation, session.Get(uid));
+    session.TouchLinks();
+}
+
+void CheckOutNewest(Session& session,
+                    Operation& operation,
+                    const Session::State& state,
+                    const kxString& comment) {
+    operation.Renew(state);
+    const int working = operation.Store().CheckOut(state->Id(), comment, operation.Stamp());
+    session.Outdate(state->BaseUid());
+    const Session::State opened = session.Get(WithRevision(*state, working));
+    operation.Record(Change::Of(SIGNAL_REVISION_ADVANCED, opened).For(Audience::Here));
+    operation.Record(
+        Change::Of(SIGNAL_STATE_CHANGED, opened).At(working - 1).For(Audience::Elsewhere));
+}
+
+// Own sessions have had the revision before, others have not.
+void RecordPublish(Operation& operation, const Session::State& published, bool first) {
+    if (first) {
+        operation.Record(Change::Of(SIGNAL_REVISION_ADVANCED, published));
+        return;
+    }
+    operation.Record(Change::Of(SIGNAL_STATE_CHANGED, published).For(Audience::Here));
+    operation.Record(Change::Of(SIGNAL_REVISION_ADVANCED, published).For(Audience::Elsewhere));
 }
 
 }  // namespace
 
 void Profile::PersistEntity(const UDMItemHandle& handle,
-                            const kxString& /*comment*/,
-                            bool /*keep*/,
+                            const kxString& comment,
+                            bool keep,
                             bool /*withFiles*/,
                             bool /*withLinks*/) {
-    RequireUnversioned(*_session, handle, "PersistEntity");
+    Operation operation(*_session, "PersistEntity", Durability::Full);
+    const Session::State working = _session->Resolve(handle);
+    if (IsUnversioned(*working)) {
+        operation.Leave();
+        return;
+    }
+    _session->RequireEditable(*working);
+    RequirePublishable(*_session, *working);
+    const bool first = working->IsNeverPublished();
+    const std::vector<store::MovedPlace> moved = MovedPlaces(*_session, *working);
+    operation.Renew(working);
+    const int number = operation.Store().Publish(working->Id(), comment, keep, operation.Stamp());
+    _session->Outdate(working->BaseUid());
+    const Session::State published = _session->Get(WithRevision(*working, number));
+    RecordPublish(operation, published, first);
+    if (keep) {
+        const Session::State next = _session->Get(WithRevision(*working, number + 1));
+        operation.Record(Change::Of(SIGNAL_REVISION_ADVANCED, next).For(Audience::Here));
+    }
+    RecordPublishedPlaces(*_session, operation, published, moved);
+    if (first) {
+        RecordPublishedParents(*_session, operation, published);
+    }
+    operation.Commit();
+    operation.Tell();
 }
 
-void Profile::SaveEntity(const UDMItemHandle& handle,
-                         const kxString& /*comment*/,
-                         bool /*withFiles*/) {
-    RequireUnversioned(*_session, handle, "SaveEntity");
+void Profile::SaveEntity(const UDMItemHandle& handle, const kxString& comment, bool /*withFiles*/) {
+    Operation operation(*_session, "SaveEntity");
+    const Session::State working = _session->Resolve(handle);
+    if (IsUnversioned(*working)) {
+        operation.Leave();
+        return;
+    }
+    _session->RequireEditable(*working);
+    operation.Store().AddSavePoint(working->Id(), comment, operation.Stamp());
+    operation.Record(Change::Of(SIGNAL_CONTENT_CHANGED, working).For(Audience::Here));
+    operation.Commit();
+    operation.Tell();
 }
 
 void Profile::UndoCheckout(const UDMItemHandle& handle) {
-    RequireUnversioned(*_session, handle, "UndoCheckout");
+    Operation operation(*_session, "UndoCheckout");
+    const Session::State working = NewestOf(*_session, handle);
+    if (IsUnversioned(*working)) {
+        operation.Leave();
+        return;
+    }
+    const std::vector<store::MovedPlace> moved = MovedPlaces(*_session, *working);
+    operation.Renew(working);
+    const int number = operation.Store().Undo(working->Id(), operation.Stamp());
+    RecordUndonePlaces(*_session, operation, working, moved, false);
+    _session->Outdate(working->BaseUid());
+    const Session::State standing = _session->Get(WithRevision(*working, number));
+    operation.Record(Change::Of(SIGNAL_REVISION_UNDONE, standing).For(Audience::Here));
+    operation.Record(Change::Of(SIGNAL_STATE_CHANGED, standing).For(Audience::Elsewhere));
+    RecordUndonePlaces(*_session, operation, standing, moved, true);
+    operation.Commit();
+    operation.Tell();
 }
 
-void Profile::Checkout(const UDMItemHandle& handle, const kxString& /*comment*/) {
-    RequireUnversioned(*_session, handle, "Checkout");
+void Profile::Checkout(const UDMItemHandle& handle, const kxString& comment) {
+    const bool takenForNewest = IsTakenForNewest(handle);
+    Operation operation(*_session, "Checkout");
+    const Session::State state = _session->Resolve(handle);
+    if (IsUnversioned(*state)) {
+        operation.Leave();
+        return;
+    }
+    // A working revision has a higher number than all that are published.
+    const int newest = NewestRow(*_session, *state).published;
+    if (state->Revision() < newest) {
+        RequireBranchable(*state, newest, takenForNewest);
+        Branch(*_session, operation, *state);
+    } else {
+        CheckOutNewest(*_session, operation, state, comment);
+    }
+    operation.Commit();
+    operation.Tell();
 }
 
 UDMItemHandle Profile::GetWorkingHandle(const UDMItemHandle& handle) {
     _session->Poll("GetWorkingHandle");
-    const Session::State state = _session->Resolve(handle);
-    const Session::State newest = _session->Get(kxString(state->BaseUid()));
-    if (!newest->IsEditable()) {
-        throw UDMNotFoundException(state->Cdef() + " " + kxString(state->BaseUid()) +
-                                   " has no working revision in workspace \"" +
-                                   _session->Options().workspace + "\"; check it out first");
+    const Session::State newest = NewestOf(*_session, handle);
+    if (newest->IsEditable()) {
+        return UDMItemHandle(newest);
     }
-    return UDMItemHandle(newest);
+    const store::EntityRow row = NewestRow(*_session, *newest);
+    throw UDMNotFoundException(
+        newest->Cdef() + " " + row.uid + " has no working revision in workspace \"" +
+        _session->Options().workspace + "\": " +
+        (row.working == store::NO_REVISION ? "it is published; check it out first"
+                                           : HolderText(row) + "; it must be published or undone"));
 }
 
 }  // namespace kxudm::profile

@@ -19,10 +19,6 @@ bool Profile::RemoveRelation(const UDMItemHandle& /*first*/, const UDMItemHandle
     ThrowNotOffered("RemoveRelation");
 }
 
-boost::shared_ptr<UDMHistoryNode> Profile::GetHistory(const UDMItemHandle& /*handle*/) {
-    ThrowNotOffered("GetHistory");
-}
-
 void Profile::GetDocuments(const UDMItemHandle& /*handle*/,
                            kxStlVector<UDMGenericDocument>& /*documents*/,
                            bool /*withExternal*/) {
@@ -107,14 +103,6 @@ void Profile::GetReferredBy(kxStlVector<UDMItemHandle>& /*referring*/,
                             kxStlVector<kxString>& /*types*/,
                             const UDMItemHandle& /*handle*/) {
     ThrowNotOffered("GetReferredBy");
-}
-
-bool Profile::GetSyncStatus(const UDMItemHandle& /*handle*/) {
-    ThrowNotOffered("GetSyncStatus");
-}
-
-void Profile::Synchronize(const UDMItemHandle& /*handle*/) {
-    ThrowNotOffered("Synchronize");
 }
 
 void Profile::Export(const kxString& /*path*/,

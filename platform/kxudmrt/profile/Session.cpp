@@ -31,12 +31,12 @@ std::pair<std::string_view, std::string_view> SplitUid(std::string_view uid) {
     return {uid.substr(0, colon), uid.substr(colon)};
 }
 
-kxString Holder(const store::EntityRow& row) {
+}  // namespace
+
+kxString HolderText(const store::EntityRow& row) {
     return kxString(row.lockUser + " has it checked out in workspace \"" + row.lockWorkspace +
                     "\" since " + core::FormatTime(row.lockTime));
 }
-
-}  // namespace
 
 Session::Session(std::unique_ptr<store::LibraryStore> store, SessionOptions options)
     : _options(std::move(options)),
@@ -189,7 +189,8 @@ void Session::RequireEditable(const EntityState& state) {
         why =
             ours
                 ? kxString("is published; edit the working revision " + std::to_string(row.working))
-                : kxString("can't be edited: " + Holder(row) + "; it must be published or undone");
+                : kxString("can't be edited: " + HolderText(row) +
+                           "; it must be published or undone");
     }
     throw UDMException(state.Cdef() + " " + state.Uid() + " " + why);
 }
@@ -201,6 +202,14 @@ void Session::Reload(EntityState& state) {
     } else {
         state.SetGone();
     }
+}
+
+void Session::Outdate(std::string_view baseUid) {
+    for (EntityState* state = _states.Chain(baseUid); state != nullptr; state = state->next) {
+        state->SetStale();
+        state->SetNewest(false);
+    }
+    TouchLinks();
 }
 
 bool Session::HasOwner(const EntityState& state) {

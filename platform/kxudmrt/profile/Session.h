@@ -106,6 +106,8 @@ class Session : public boost::enable_shared_from_this<Session> {
     // Goes up whenever somebody becomes an owner or ceases to be one.
     [[nodiscard]] std::uint32_t LinkEpoch() const { return _linkEpoch; }
     void TouchLinks() { ++_linkEpoch; }
+    // All states of the entity are read again on the next question, also which is the newest.
+    void Outdate(std::string_view baseUid);
 
     // --- Changes ---
 
@@ -132,6 +134,7 @@ class Session : public boost::enable_shared_from_this<Session> {
     std::int64_t WriteJournal(const ChangeList& changes, const store::Stamp& stamp);
     void QueueOwn(const ChangeList& changes);
     void QueueDeletion(const store::DeletedRow& gone);
+    void QueueUndo(const State& standing);
     void TellEverybody();
     bool ReadRow(std::string_view base, std::string_view revision, store::EntityRow& row);
     State Known(std::string_view base, std::string_view revision) const;
@@ -150,11 +153,16 @@ class Session : public boost::enable_shared_from_this<Session> {
     std::uint32_t _linkEpoch = 1;
 };
 
+// "<user> has it checked out in workspace ... since ...". Of a row with a working revision.
+[[nodiscard]] kxString HolderText(const store::EntityRow& row);
+
 // A change in one transaction. Without Commit it is rolled back.
 class Operation {
   public:
     // Throws on a closed session. Begins the transaction and takes in what others did before.
-    Operation(Session& session, const char* name);
+    Operation(Session& session,
+              const char* name,
+              sql::Transaction::Durability durability = sql::Transaction::Durability::Normal);
     ~Operation();
     Operation(const Operation&) = delete;
     Operation& operator=(const Operation&) = delete;
@@ -164,6 +172,9 @@ class Operation {
     void Record(Change change) { _changes.Add(std::move(change)); }
     // A link that this revision bears was added or removed: Commit stamps the revision.
     void Touch(const Session::State& bearer) { _touched.push_back(bearer); }
+    // The operation changes which revisions there are of this entity, and its states on the way:
+    // without Commit they are read again.
+    void Renew(const Session::State& state) { _renewed = state; }
     // The entity that this operation made last has no links until it gets its place.
     void NoteMade(const EntityState& state) { _made = &state; }
     [[nodiscard]] bool HasJustMade(const EntityState& state) const { return _made == &state; }
@@ -181,6 +192,7 @@ class Operation {
     ChangeList _changes;
     std::vector<Session::State> _touched;
     const EntityState* _made = nullptr;
+    Session::State _renewed;
 };
 
 }  // namespace kxudm::profile

@@ -271,18 +271,13 @@ TEST_F(Entities, WorkingHandleOfANewContentIsItself) {
     EXPECT_EQ(ann->GetWorkingHandle(part).GetUID(), part.GetUID());
 }
 
-// The life of revisions comes later; until then an operation says so instead of doing nothing.
+// Until an operation is offered it says so instead of doing nothing.
 TEST_F(Entities, WhatIsNotOfferedYetSaysSo) {
     const UDMItemHandle part = ann->CreateEntity("Part", "Wheel");
     kxStlVector<UDMItemHandle> out;
     kxStlVector<kxString> texts;
     kxStlVector<UDMGenericDocument> documents;
     const std::vector<std::pair<std::string, std::function<void()>>> operations{
-        {"Checkout", [&] { ann->Checkout(part, ""); }},
-        {"PersistEntity", [&] { ann->PersistEntity(part, "", false, true, true); }},
-        {"SaveEntity", [&] { ann->SaveEntity(part, "", true); }},
-        {"UndoCheckout", [&] { ann->UndoCheckout(part); }},
-        {"GetHistory", [&] { ann->GetHistory(part); }},
         {"GetDocuments", [&] { ann->GetDocuments(part, documents, true); }},
         {"BeginAddFile", [&] { ann->BeginAddFile(part); }},
         {"CreateRelation", [&] { ann->CreateRelation(part, part, "x", false); }},

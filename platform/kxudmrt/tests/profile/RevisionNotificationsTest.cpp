@@ -1,0 +1,239 @@
+// Who is told what in the life of revisions: rows N21 to N28. "ann" listens in two sessions of one
+// workspace, "bob" elsewhere.
+#include "Revisions.h"
+
+namespace kxudm::test {
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+// Code and revision, the child's revision and the UID where there are such.
+std::string Step(const UDMProfileUpdate& update) {
+    std::string text = std::to_string(update.GetOpCode());
+    if (!update.GetUDMHandle().IsEmpty()) {
+        text += " " + update.GetUDMHandle().GetDisplayName() + ":" +
+                std::to_string(update.GetUDMHandle().GetRevision());
+    }
+    if (!update.GetChild().IsEmpty()) {
+        text += " " + update.GetChild().GetDisplayName() + ":" +
+                std::to_string(update.GetChild().GetRevision());
+    }
+    const kxString uid(update.GetUID());
+    if (!uid.empty()) {
+        text += " ~" + uid.substr(uid.find(':'));
+    }
+    return text;
+}
+
+class Listening {
+  public:
+    explicit Listening(const ProfilePtr& profile) : _recorder(Listen(profile)) {}
+    Names Take() {
+        Names steps;
+        for (const UDMProfileUpdate& update : std::exchange(_recorder->updates, {})) {
+            steps.push_back(Step(update));
+        }
+        return steps;
+    }
+    Recorder& Slot() { return *_recorder; }
+
+  private:
+    boost::shared_ptr<Recorder> _recorder;
+};
+
+class RevisionNotifications : public testing::Test {
+  protected:
+    void Silence() {
+        for (Listening* each : {&me, &again, &bobs, &home}) {
+            each->Take();
+        }
+    }
+    // Both sessions of ann's workspace are told the same, bob and ann's other workspace alike.
+    void ExpectTold(const Names& here, const Names& elsewhere) {
+        EXPECT_EQ(me.Take(), here);
+        EXPECT_EQ(again.Take(), here);
+        EXPECT_EQ(bobs.Take(), elsewhere);
+        EXPECT_EQ(home.Take(), elsewhere);
+    }
+
+    Library library;
+    ProfilePtr ann = library.Open("ann");
+    ProfilePtr annAgain = library.Open("ann");
+    ProfilePtr bob = library.Open("bob");
+    ProfilePtr annAtHome = library.Open("ann", "home");
+    UDMItemHandle part = ann->CreateEntity("Part", "Wheel");
+    Listening me{ann};
+    Listening again{annAgain};
+    Listening bobs{bob};
+    Listening home{annAtHome};
+};
+
+TEST_F(RevisionNotifications, N21_ACheckOutTellsTheNewHandleHereAndTheLockElsewhere) {
+    Publish(ann, part);
+    Silence();
+    CheckOut(ann, part);
+    ExpectTold({"5 Wheel:2"}, {"10 Wheel:1"});
+}
+
+TEST_F(RevisionNotifications, N22_ASavePointIsToldInItsWorkspace) {
+    ann->SaveEntity(part, "x", true);
+    ExpectTold({"3 Wheel:0"}, {});
+    CheckOut(ann, Publish(ann, part));
+    Silence();
+    ann->SaveEntity(Newest(ann, part), "y", true);
+    ExpectTold({"3 Wheel:2"}, {});
+}
+
+TEST_F(RevisionNotifications, N23_TheFirstPublishTellsTheNewHandleToEverybody) {
+    Publish(ann, part);
+    ExpectTold({"5 Wheel:1"}, {"5 Wheel:1"});
+}
+
+TEST_F(RevisionNotifications, N24_APublishTellsTheStateHereAndTheNewRevisionElsewhere) {
+    CheckOut(ann, Publish(ann, part));
+    Silence();
+    Publish(ann, part);
+    ExpectTold({"10 Wheel:2"}, {"5 Wheel:2"});
+}
+
+TEST_F(RevisionNotifications, N25_PublishAndKeepTellsTheNextRevisionHereToo) {
+    Publish(ann, part, "", true);
+    // One step after the other, since each takes the place of the one before.
+    ExpectTold({"5 Wheel:1", "5 Wheel:2"}, {"5 Wheel:1"});
+    Publish(ann, part, "", true);
+    ExpectTold({"10 Wheel:2", "5 Wheel:3"}, {"5 Wheel:2"});
+}
+
+TEST_F(RevisionNotifications, N26_AnUndoTellsWhatStandsAgainHereAndTheLockElsewhere) {
+    CheckOut(ann, Publish(ann, part));
+    Silence();
+    ann->UndoCheckout(Newest(ann, part));
+    ExpectTold({"39 Wheel:1 ~:2"}, {"10 Wheel:1"});
+}
+
+TEST_F(RevisionNotifications, N27_APublishTellsOthersOfThePlacesThatTheyNowSee) {
+    UDMItemHandle f;
+    UDMItemHandle g;
+    ann->CreateFolder(f, "/F");
+    ann->CreateFolder(g, "/G");
+    const UDMItemHandle metals = Published(ann, "Metals", "Categories");
+    const UDMItemHandle owner = ann->CreateEntity("Part", "Owner");
+    const UDMItemHandle hidden = ann->CreateEntity("Part", "Hidden");
+    ann->AddChild(owner, part, "parts");
+    ann->AddChild(owner, part, "uses");
+    ann->AddChild(hidden, part, "uses");
+    Publish(ann, owner);
+    ann->MoveContent(part, f);
+    ann->AddClassification(part, metals);
+    Silence();
+    Publish(ann, part);
+    EXPECT_THAT(me.Take(), ElementsAre("5 Wheel:1"));
+    EXPECT_THAT(bobs.Take(),
+                ElementsAre("5 Wheel:1", "42 F:0", "42 Metals:1", "35 Owner:1", "40 Owner:1"));
+    Silence();
+    const UDMItemHandle two = CheckOut(ann, part);
+    ann->MoveContent(two, g);
+    ann->RemoveClassification(two, metals);
+    ann->AddClassification(two, metals);
+    EXPECT_THAT(bobs.Take(), ElementsAre("10 Wheel:1"));
+    Silence();
+    Publish(ann, part);
+    // Taken out and put back: nothing happened there.
+    ExpectTold({"10 Wheel:2"}, {"5 Wheel:2", "43 F:0 Wheel:2", "42 G:0"});
+}
+
+TEST_F(RevisionNotifications, N28_AnUndoTellsOfThePlacesThatItPutsTheContentBackTo) {
+    UDMItemHandle f;
+    UDMItemHandle g;
+    ann->CreateFolder(f, "/F");
+    ann->CreateFolder(g, "/G");
+    ann->MoveContent(part, f);
+    ann->MoveContent(CheckOut(ann, Publish(ann, part)), g);
+    Silence();
+    ann->UndoCheckout(Newest(ann, part));
+    EXPECT_THAT(me.Take(), ElementsAre("43 G:0 Wheel:2", "39 Wheel:1 ~:2", "42 F:0"));
+    EXPECT_THAT(bobs.Take(), ElementsAre("10 Wheel:1"));
+    EXPECT_THAT(home.Take(), ElementsAre("10 Wheel:1"));
+}
+
+TEST_F(RevisionNotifications, N29_ABranchTellsThePlacesOfItsOriginInItsWorkspace) {
+    UDMItemHandle f;
+    ann->CreateFolder(f, "/F");
+    const UDMItemHandle metals = Published(ann, "Metals", "Categories");
+    ann->MoveContent(part, f);
+    ann->AddClassification(part, metals);
+    Publish(ann, part, "", true);
+    Publish(ann, part);
+    Silence();
+    ann->Checkout(ann->GetEntity(At(part, 1)), "");
+    ExpectTold({"42 F:0", "42 Metals:1"}, {});
+    EXPECT_THAT(Children(ann, f, "folder"), ElementsAre("Wheel", "Wheel"));
+    EXPECT_THAT(Children(bob, f, "folder"), ElementsAre("Wheel"));
+}
+
+TEST_F(RevisionNotifications, N15_EditsOfAWorkingRevisionAreToldInItsWorkspace) {
+    const UDMItemHandle two = CheckOut(ann, Publish(ann, part));
+    Silence();
+    ann->SetAttributeValue(two, "mass", 3.0);
+    ann->CreateAndAddChild("Drawing", "Front", two, "drawings");
+    ExpectTold({"3 Wheel:2", "35 Wheel:2"}, {});
+}
+
+TEST_F(RevisionNotifications, N3_ANameIsToldToThoseWhoSeeThePublishedRevisionToo) {
+    const UDMItemHandle two = CheckOut(ann, Publish(ann, part));
+    Silence();
+    ann->SetAttributeValue(two, "name", "Rim");
+    ExpectTold({"3 Wheel:2"}, {"3 Wheel:1"});
+}
+
+TEST_F(RevisionNotifications, N10_ADeletionTellsOthersNoRevisionThatTheyNeverSaw) {
+    const UDMItemHandle hidden = ann->CreateAndAddChild("Drawing", "Front", part, "drawings");
+    CheckOut(ann, Publish(ann, part));
+    Silence();
+    ann->DeleteEntity(Newest(ann, part), true, false);
+    EXPECT_THAT(me.Take(), testing::Contains("44 ~:2"));
+    // Bob holds no handle of it: the revision that he would have got is told.
+    EXPECT_THAT(bobs.Take(), ElementsAre("44 ~:1"));
+    EXPECT_FALSE(Sees(ann, Base(hidden)));
+}
+
+TEST_F(RevisionNotifications, N13_AStepThatFailsTellsNothing) {
+    const UDMItemHandle one = Publish(ann, part);
+    CheckOut(ann, part);
+    Silence();
+    EXPECT_THROW(bob->Checkout(Newest(bob, part), ""), UDMException);
+    EXPECT_THROW(bob->UndoCheckout(Newest(bob, part)), UDMException);
+    EXPECT_THROW(ann->Checkout(one, ""), UDMException);
+    EXPECT_THROW(ann->PersistEntity(one, "", false, true, true), UDMException);
+    ExpectTold({}, {});
+}
+
+TEST_F(RevisionNotifications, N16_ABulkEditTellsEachStepOnceAtItsCommit) {
+    const UDMItemHandle one = Publish(ann, part);
+    Silence();
+    UDMBulkEdit bulk(ann);
+    ann->Checkout(one, "");
+    ann->SetAttributeValue(Newest(ann, part), "mass", 3.0);
+    ann->PersistEntity(Newest(ann, part), "", false, true, true);
+    ExpectTold({}, {});
+    bulk.Commit();
+    ExpectTold({"5 Wheel:2", "3 Wheel:2", "10 Wheel:2"}, {"10 Wheel:1", "5 Wheel:2"});
+}
+
+TEST_F(RevisionNotifications, N17_ASlotMayTakeTheNextStepAtOnce) {
+    int steps = 0;
+    bobs.Slot().react = [&](const UDMProfileUpdate& update) {
+        if (update.GetOpCode() == SIGNAL_REVISION_ADVANCED && ++steps == 1) {
+            bob->Checkout(update.GetUDMHandle(), "at once");
+            bob->PersistEntity(Newest(bob, part), "", false, true, true);
+        }
+    };
+    ann->PersistEntity(part, "", false, true, true);
+    EXPECT_EQ(NewestNumber(ann, part), 2);
+    EXPECT_THAT(me.Take(), ElementsAre("5 Wheel:1", "10 Wheel:1", "5 Wheel:2"));
+    EXPECT_THAT(bobs.Take(), ElementsAre("5 Wheel:1", "5 Wheel:2", "10 Wheel:2"));
+}
+
+}  // namespace
+}  // namespace kxudm::test
