@@ -55,6 +55,7 @@ class Connection final : public sql::Connection {
     void SetUp();
     void SwitchToWriteAheadLog();
     void BackToNormal() noexcept;
+    void RequireFileInPlace();
     std::int64_t Number(const NamedStatement& statement);
     std::int64_t Number(const char* text);
     [[noreturn]] void Fail(int code, const char* doing) const;
@@ -235,9 +236,24 @@ void Connection::Begin(bool write, bool durable) {
     }
     try {
         Statement(*this, write ? BEGIN_WRITE : BEGIN_READ).Run();
+        if (write) {
+            RequireFileInPlace();
+        }
     } catch (...) {
-        BackToNormal();
+        RollbackOutermost();
         throw;
+    }
+}
+
+// What is written to a file that has lost its name is gone with the connection.
+void Connection::RequireFileInPlace() {
+    int moved = 0;
+    sqlite3_file_control(database_, "main", SQLITE_FCNTL_HAS_MOVED, &moved);
+    if (moved != 0) {
+        throw Error(ErrorKind::Other,
+                    place_.what + " '" + place_.file +
+                        "': the file was moved, replaced or deleted while it is open, so nothing "
+                        "can be written; put it back, or close it and open it anew");
     }
 }
 

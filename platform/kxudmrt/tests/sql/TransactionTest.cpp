@@ -3,6 +3,8 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <filesystem>
+
 #include "SyncCounter.h"
 #include "TemporaryFolder.h"
 #include "sql/sqlite/Connection.h"
@@ -52,6 +54,26 @@ TEST_F(TransactionTest, AnInnerScopeIsCommittedWithTheOutermost) {
         outer.Commit();
         EXPECT_FALSE(connection_->InTransaction());
     }
+    EXPECT_EQ(Count(), 1);
+}
+
+// Else writing would go on in a file without a name, and be gone with the connection.
+TEST_F(TransactionTest, AFileThatIsMovedOrReplacedIsNotWrittenUntilItIsBack) {
+    const std::string file = folder_.File("a.db");
+    const std::string elsewhere = folder_.File("b.db");
+    std::filesystem::rename(file, elsewhere);
+    const auto begin = [&] { Transaction transaction(*connection_); };
+    const auto refusal = testing::ThrowsMessage<sql::Error>(
+        AllOf(HasSubstr("'" + file + "'"), HasSubstr("moved, replaced or deleted")));
+    EXPECT_THAT(begin, refusal);
+    EXPECT_FALSE(connection_->InTransaction());
+    std::filesystem::copy_file(elsewhere, file);
+    EXPECT_THAT(begin, refusal);
+
+    std::filesystem::rename(elsewhere, file);
+    Transaction transaction(*connection_);
+    Add(1);
+    transaction.Commit();
     EXPECT_EQ(Count(), 1);
 }
 
