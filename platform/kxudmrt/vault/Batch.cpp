@@ -1,5 +1,6 @@
 #include <utility>
 
+#include "vault/DocumentName.h"
 #include "vault/Vault.h"
 
 namespace kxudm::vault {
@@ -31,7 +32,7 @@ Stored Batch::Add(const std::string& path, const AddOptions& options) {
         expected_.emplace(stored.hash, stored);
         return stored;
     } catch (const FileError& error) {
-        throw FileError("'" + path + "' was not stored", error);
+        throw FileError("'" + Printable(path) + "' was not stored", error);
     }
 }
 

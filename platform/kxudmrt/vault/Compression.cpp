@@ -19,6 +19,15 @@ constexpr std::size_t kWholeSample = std::size_t{64} << 10;
 constexpr std::size_t kSamples = 4;
 constexpr std::size_t kSample = std::size_t{12} << 10;
 
+// The magic number of a skippable frame and the size of what it holds.
+constexpr std::string_view kSealStart("\x5A\x2A\x4D\x18\x10\0\0\0", 8);
+constexpr std::size_t kSealDigits = 16;
+constexpr std::size_t kSealSize = kSealStart.size() + kSealDigits;
+
+std::string SealOf(Sha256& written) {
+    return std::string(kSealStart) + written.Finish().substr(0, kSealDigits);
+}
+
 bool Shrinks(std::size_t from, std::size_t to) {
     return to <= from - from / 10 && to < from;
 }
@@ -35,13 +44,12 @@ std::size_t Check(std::size_t result) {
 
 Compressor::Compressor()
     : context_(ZSTD_createCCtx()),
-      capacity_(ZSTD_compressBound(kBlock)),
+      capacity_(ZSTD_compressBound(kBlock) + kSealSize),
       output_(std::make_unique_for_overwrite<char[]>(capacity_)) {
     if (context_ == nullptr) {
         throw std::bad_alloc();
     }
     ZSTD_CCtx_setParameter(context_, ZSTD_c_compressionLevel, kLevel);
-    ZSTD_CCtx_setParameter(context_, ZSTD_c_checksumFlag, 1);
 }
 
 Compressor::~Compressor() {
@@ -70,13 +78,19 @@ std::string_view Compressor::CompressWhole(std::string_view content) {
         return {};
     }
     const std::size_t size = Once(content);
-    return Shrinks(content.size(), size) ? std::string_view(output_.get(), size)
-                                         : std::string_view();
+    if (!Shrinks(content.size(), size + kSealSize)) {
+        return {};
+    }
+    written_.Begin();
+    written_.Update(output_.get(), size);
+    SealOf(written_).copy(output_.get() + size, kSealSize);
+    return {output_.get(), size + kSealSize};
 }
 
 void Compressor::Begin(std::uint64_t size) {
     Check(ZSTD_CCtx_reset(context_, ZSTD_reset_session_only));
     Check(ZSTD_CCtx_setPledgedSrcSize(context_, size));
+    written_.Begin();
 }
 
 void Compressor::Put(std::string_view bytes, const Sink& sink) {
@@ -85,6 +99,8 @@ void Compressor::Put(std::string_view bytes, const Sink& sink) {
 
 void Compressor::End(const Sink& sink) {
     Run({}, true, sink);
+    const std::string seal = SealOf(written_);
+    sink(seal.data(), seal.size());
 }
 
 void Compressor::Run(std::string_view bytes, bool last, const Sink& sink) {
@@ -95,6 +111,7 @@ void Compressor::Run(std::string_view bytes, bool last, const Sink& sink) {
         const std::size_t rest = Check(
             ZSTD_compressStream2(context_, &output, &input, last ? ZSTD_e_end : ZSTD_e_continue));
         if (output.pos > 0) {
+            written_.Update(output_.get(), output.pos);
             sink(output_.get(), output.pos);
         }
         done = last ? rest == 0 : input.pos == input.size;
@@ -113,27 +130,40 @@ Decompressor::~Decompressor() {
 
 void Decompressor::Begin() {
     ZSTD_DCtx_reset(context_, ZSTD_reset_session_only);
-    atEnd_ = false;
+    frameEnded_ = false;
+    read_.Begin();
+    seal_.clear();
 }
 
 Decompressor::Step Decompressor::Run(std::string_view bytes, char* target, std::size_t size) {
-    if (atEnd_) {
-        return {0, 0, bytes.empty() ? nullptr : "there are bytes behind its end"};
+    if (frameEnded_) {
+        if (seal_.size() + bytes.size() > kSealSize) {
+            return {0, 0, "there are bytes behind its end"};
+        }
+        seal_ += bytes;
+        return {bytes.size(), 0, nullptr};
     }
     ZSTD_inBuffer input{bytes.data(), bytes.size(), 0};
     ZSTD_outBuffer output{target, size, 0};
-    while (!atEnd_ && output.pos < output.size) {
+    bool moves = true;
+    while (moves && !frameEnded_ && output.pos < output.size) {
         const std::size_t before = input.pos + output.pos;
         const std::size_t result = ZSTD_decompressStream(context_, &output, &input);
         if (ZSTD_isError(result) != 0) {
             return {input.pos, output.pos, ZSTD_getErrorName(result)};
         }
-        atEnd_ = result == 0;
-        if (input.pos + output.pos == before) {
-            break;
-        }
+        frameEnded_ = result == 0;
+        moves = input.pos + output.pos != before;
     }
+    read_.Update(bytes.data(), input.pos);
     return {input.pos, output.pos, nullptr};
+}
+
+const char* Decompressor::Finish() {
+    if (!frameEnded_) {
+        return "it ends too early";
+    }
+    return seal_ == SealOf(read_) ? nullptr : "its seal doesn't fit";
 }
 
 }  // namespace kxudm::vault

@@ -1,6 +1,9 @@
-// Zstandard as the vault uses it: one frame for each file, with the content's size and a checksum,
-// that the command line tool `zstd` reads as well. Objects keep their working memory (a few MiB)
-// from one content to the next.
+// Zstandard as the vault uses it: one frame for each file, then a seal. Different frames may say
+// the same content, so a content's hash doesn't prove every byte of its frame; the seal does. It is
+// a skippable frame (24 bytes) that holds the first 16 digits of the SHA-256 of what comes before
+// it, so the command line tool `zstd` reads these files as well.
+//
+// Objects keep their working memory (a few MiB) from one content to the next.
 #ifndef KXUDMRT_VAULT_COMPRESSION_H
 #define KXUDMRT_VAULT_COMPRESSION_H
 
@@ -8,7 +11,10 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <string>
 #include <string_view>
+
+#include "vault/Sha256.h"
 
 struct ZSTD_CCtx_s;
 struct ZSTD_DCtx_s;
@@ -46,6 +52,7 @@ class Compressor {
     ZSTD_CCtx_s* context_;
     std::size_t capacity_;
     std::unique_ptr<char[]> output_;
+    Sha256 written_;
 };
 
 class Decompressor {
@@ -60,18 +67,19 @@ class Decompressor {
     struct Step {
         std::size_t taken = 0;  // of the input
         std::size_t made = 0;   // of the output
-        // Empty, or why the input is no frame of ours.
+        // None, or why the input is no file of ours.
         const char* problem = nullptr;
     };
-    // Decompresses as much of `input` as fits into the output. Input behind the end of the frame is
-    // a problem.
+    // Decompresses as much of `input` as fits into the output.
     Step Run(std::string_view input, char* output, std::size_t size);
-    // Whether the frame is complete.
-    [[nodiscard]] bool AtEnd() const { return atEnd_; }
+    // At the end of the input: none, or why it is not what a Compressor made.
+    const char* Finish();
 
   private:
     ZSTD_DCtx_s* context_;
-    bool atEnd_ = false;
+    bool frameEnded_ = false;
+    Sha256 read_;
+    std::string seal_;
 };
 
 }  // namespace kxudm::vault

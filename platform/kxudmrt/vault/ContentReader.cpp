@@ -58,8 +58,8 @@ std::size_t ContentReader::ReadCompressed(char* bytes, std::size_t size) {
             return step.made;
         }
         if (inputEnded_) {
-            if (!memory_->decompressor_.AtEnd()) {
-                Refuse("it ends too early");
+            if (const char* const problem = memory_->decompressor_.Finish()) {
+                Refuse(problem);
             }
             return 0;
         }

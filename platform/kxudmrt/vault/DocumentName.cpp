@@ -89,7 +89,7 @@ void CheckDocumentName(std::string_view name) {
 }
 
 std::string Printable(std::string_view text) {
-    constexpr std::size_t kShown = 300;
+    constexpr std::size_t kShown = 1000;
     constexpr char kDigits[] = "0123456789ABCDEF";
     std::string shown;
     while (!text.empty()) {

@@ -3,6 +3,8 @@
 #include <cerrno>
 #include <system_error>
 
+#include "vault/DocumentName.h"
+
 namespace kxudm::vault {
 namespace {
 
@@ -42,7 +44,7 @@ const char* Advice(int code) {
 }  // namespace
 
 FileError::FileError(int code, const std::string& action, const std::string& path)
-    : UDMStoreException("'" + path + "' can't be " + action + ": " +
+    : UDMStoreException("'" + Printable(path) + "' can't be " + action + ": " +
                         std::generic_category().message(code) + "; " + Advice(code)),
       code_(code) {}
 

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "vault/DocumentName.h"
+
 namespace kxudm::vault {
 namespace {
 
@@ -36,7 +38,8 @@ struct Intake::Pass {
 
     void Advance(std::uint64_t bytes) const {
         if (options.progress && !options.progress(bytes)) {
-            throw StoppedException("Storing '" + path + "' was stopped; nothing of it was stored");
+            throw StoppedException("Storing '" + Printable(path) +
+                                   "' was stopped; nothing of it was stored");
         }
     }
 };

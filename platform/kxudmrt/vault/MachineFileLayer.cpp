@@ -20,7 +20,7 @@ namespace {
 // A path with a NUL would name another file than it says.
 const char* Native(const std::string& path, const char* action) {
     if (path.empty() || path.find('\0') != std::string::npos) {
-        throw FileError(EINVAL, action, path.c_str());
+        throw FileError(EINVAL, action, path);
     }
     return path.c_str();
 }

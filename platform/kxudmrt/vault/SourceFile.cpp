@@ -2,6 +2,8 @@
 
 #include <cerrno>
 
+#include "vault/DocumentName.h"
+
 namespace kxudm::vault {
 
 SourceFile::SourceFile(FileLayer& files, const std::string& path)
@@ -14,7 +16,7 @@ SourceFile::SourceFile(FileLayer& files, const std::string& path)
         throw FileError(EISDIR, "read", path_);
     }
     if (before_.kind != FileKind::Regular) {
-        throw UDMStoreException("'" + path_ +
+        throw UDMStoreException("'" + Printable(path_) +
                                 "' can't be stored: it is a device, pipe or socket; name a file");
     }
 }
@@ -39,7 +41,7 @@ std::size_t SourceFile::Fill(char* bytes, std::size_t size) {
 void SourceFile::CheckUnchanged() {
     const FileStatus after = files_.Status(handle_.File());
     if (after.links == 0 && before_.links != 0) {
-        throw UDMStoreException("'" + path_ +
+        throw UDMStoreException("'" + Printable(path_) +
                                 "' was removed or replaced while it was read; try again once "
                                 "nobody changes it");
     }
@@ -50,7 +52,7 @@ void SourceFile::CheckUnchanged() {
 }
 
 void SourceFile::RefuseChanged() const {
-    throw UDMStoreException("'" + path_ +
+    throw UDMStoreException("'" + Printable(path_) +
                             "' was changed while it was read; try again once nobody writes to it");
 }
 

@@ -4,6 +4,8 @@
 #include <cerrno>
 #include <utility>
 
+#include "vault/DocumentName.h"
+
 namespace kxudm::vault {
 namespace {
 
@@ -60,7 +62,7 @@ Stored Vault::Add(const std::string& path, const AddOptions& options) {
         layout_.FlushName(incoming.stored.hash);
         return incoming.stored;
     } catch (const FileError& error) {
-        throw FileError("'" + path + "' was not stored", error);
+        throw FileError("'" + Printable(path) + "' was not stored", error);
     }
 }
 
@@ -106,7 +108,7 @@ bool Vault::Retrieve(const std::string& hash,
                 if (EqualsFile(hash, target)) {
                     return false;
                 }
-                throw UDMStoreException("'" + target +
+                throw UDMStoreException("'" + Printable(target) +
                                         "' is there already and differs; allow to overwrite it or "
                                         "choose another place");
             }
@@ -114,7 +116,7 @@ bool Vault::Retrieve(const std::string& hash,
         CopyOut(hash, target, options);
         return true;
     } catch (const FileError& error) {
-        throw FileError("'" + target + "' was not retrieved", error);
+        throw FileError("'" + Printable(target) + "' was not retrieved", error);
     }
 }
 
@@ -123,7 +125,7 @@ void Vault::CheckTarget(const std::string& target) const {
     FileStatus status;
     if (layout_.Files().Status(target, status) && status.kind != FileKind::Regular &&
         status.kind != FileKind::Link) {
-        throw UDMStoreException("'" + target + "' is " +
+        throw UDMStoreException("'" + Printable(target) + "' is " +
                                 (status.kind == FileKind::Folder ? "a folder" : "no regular file") +
                                 "; choose another place");
     }
@@ -152,7 +154,8 @@ void Vault::CopyOut(const std::string& hash,
     for (; count > 0; count = content->Read(block, kBlock)) {
         file.Write(block, count);
         if (options.progress && !options.progress(count)) {
-            throw StoppedException("Retrieving '" + target + "' was stopped; it is as it was");
+            throw StoppedException("Retrieving '" + Printable(target) +
+                                   "' was stopped; it is as it was");
         }
     }
     if (options.modified) {
