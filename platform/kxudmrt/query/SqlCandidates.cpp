@@ -38,10 +38,16 @@ Rank RankOf(const Comparison& comparison) {
     return Rank::HalfOpen;
 }
 
-// Folded texts have no index: all texts of the attribute are gone through.
-Rank StoredRank(const Comparison& comparison, const Operand& operand) {
-    return operand.letters == Letters::Folded && operand.texts ? Rank::WholeAttribute
-                                                               : RankOf(comparison);
+// A text that is its own folded form is kept once, any other one twice: the condition is looked for
+// in both columns, letters as they are there.
+std::vector<std::string> ColumnsFor(Letters letters, const char* exact, const char* folded) {
+    return letters == Letters::Exact ? std::vector<std::string>{exact}
+                                     : std::vector<std::string>{exact, folded};
+}
+
+Condition Ready(Condition condition) {
+    condition.letters = Letters::Exact;
+    return condition;
 }
 
 // Conditions on one stored attribute, all of which the value must meet. Several are bounds at both
@@ -50,25 +56,27 @@ Candidates StoredCandidates(const std::string& attribute,
                             const std::vector<Condition>& conditions,
                             Rank rank) {
     const Guard guard = conditions.size() == 1 ? Guard::Own : Guard::Others;
-    const std::string value = "h.value";
+    Candidates candidates{.rank = rank};
     SqlFragment numbers = SqlFragment().Add(dialect::STORED_CANDIDATES).Bind(attribute);
-    SqlFragment texts = SqlFragment().Add(dialect::STORED_CANDIDATES).Bind(attribute);
     bool hasNumbers = true;
     for (const Condition& condition : conditions) {
-        // Folding leaves numbers as they are, but no index tells where its texts begin.
-        texts.Add(condition.letters == Letters::Folded ? " AND h.value >= ''" : "");
-        texts.Add(" AND ").Add(TextBranch(condition, value, guard));
-        if (auto branch = NumberBranch(condition, value, guard); branch && hasNumbers) {
+        if (auto branch = NumberBranch(condition, "h.value", guard); branch && hasNumbers) {
             numbers.Add(" AND ").Add(std::move(*branch));
         } else {
             hasNumbers = false;
         }
     }
-    Candidates candidates{.rank = rank};
     if (hasNumbers) {
         candidates.selects.push_back(std::move(numbers));
     }
-    candidates.selects.push_back(std::move(texts));
+    for (const std::string& column :
+         ColumnsFor(conditions.front().letters, "h.value", "h.folded")) {
+        SqlFragment texts = SqlFragment().Add(dialect::STORED_CANDIDATES).Bind(attribute);
+        for (const Condition& condition : conditions) {
+            texts.Add(" AND ").Add(TextBranch(Ready(condition), column, guard));
+        }
+        candidates.selects.push_back(std::move(texts));
+    }
     return candidates;
 }
 
@@ -99,9 +107,13 @@ MaybeCandidates OfColumn(const Comparison& comparison, const Operand& operand) {
     }
     const bool uid = comparison.field == Field::Id && RankOf(comparison) == Rank::Equal;
     const Condition condition(uid ? WithoutRevisions(comparison) : comparison, operand.letters);
-    SqlFragment select = SqlFragment().Add(dialect::ENTITY_CANDIDATES);
-    select.Add(TextBranch(condition, operand.indexed));
-    return Candidates{.rank = uid ? Rank::Uid : RankOf(comparison), .selects = {std::move(select)}};
+    Candidates candidates{.rank = uid ? Rank::Uid : RankOf(comparison)};
+    for (const std::string& column :
+         ColumnsFor(operand.letters, operand.indexed, operand.indexedFolded)) {
+        SqlFragment select = SqlFragment().Add(dialect::ENTITY_CANDIDATES);
+        candidates.selects.push_back(std::move(select.Add(TextBranch(Ready(condition), column))));
+    }
+    return candidates;
 }
 
 MaybeCandidates OfComparison(const Comparison& comparison, const Operand& operand) {
@@ -118,7 +130,7 @@ MaybeCandidates OfComparison(const Comparison& comparison, const Operand& operan
     if (condition.TakesMissing()) {
         return std::nullopt;
     }
-    return StoredCandidates(comparison.attribute, {condition}, StoredRank(comparison, operand));
+    return StoredCandidates(comparison.attribute, {condition}, RankOf(comparison));
 }
 
 class Builder {
@@ -200,10 +212,7 @@ class Builder {
         if (!lower || !upper) {
             return std::nullopt;
         }
-        const Operand& operand = _operands[_tree.Nodes()[first].comparison];
-        const bool walk = operand.letters == Letters::Folded && operand.texts;
-        const Rank rank = walk ? Rank::WholeAttribute : Rank::Narrow;
-        return StoredCandidates(begin->attribute, conditions, rank);
+        return StoredCandidates(begin->attribute, conditions, Rank::Narrow);
     }
 
     // The comparison of a node, if it gives a stored attribute a bound; else null.

@@ -26,7 +26,7 @@ SqlFragment Predicate(const Condition& condition, const Operand& operand) {
             branches.push_back(std::move(*numbers));
         }
     }
-    if (stored || operand.texts) {
+    if (stored || !operand.numbers) {
         branches.push_back(TextBranch(condition, operand.expression));
     }
     if (branches.empty()) {

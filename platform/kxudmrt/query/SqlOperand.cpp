@@ -11,7 +11,6 @@ namespace kxudm::query {
 namespace {
 
 using catalogue::ContentDefinition;
-using catalogue::DataType;
 
 constexpr std::string_view DISPLAY_NAME = "displayname";
 constexpr std::string_view NAME = "name";
@@ -38,11 +37,6 @@ class DefinitionView final : public EntityView {
     const std::vector<std::string>& _line;
 };
 
-bool HoldsNumbers(const catalogue::AttributeDefinition& attribute) {
-    const std::optional<DataType> type = catalogue::DataTypeOf(attribute.dataType);
-    return type == DataType::Boolean || type == DataType::Double || type == DataType::Integer;
-}
-
 bool IsOfDefinition(const Comparison& comparison) {
     return comparison.field == Field::Type || comparison.field == Field::Class ||
            (comparison.field == Field::Attribute &&
@@ -50,12 +44,16 @@ bool IsOfDefinition(const Comparison& comparison) {
              comparison.attribute == DEFINITION_DISPLAY_NAME));
 }
 
-Operand Column(const char* expression, const char* indexed, Letters letters) {
+Operand Column(const char* expression,
+               Letters letters,
+               const char* indexed = nullptr,
+               const char* indexedFolded = nullptr) {
+    const bool served = letters == Letters::Exact || indexedFolded != nullptr;
     return {.kind = Operand::Kind::Expression,
             .expression = expression,
-            .numbers = false,
             .letters = letters,
-            .indexed = letters == Letters::Exact ? indexed : nullptr};
+            .indexed = served ? indexed : nullptr,
+            .indexedFolded = indexedFolded};
 }
 
 }  // namespace
@@ -69,38 +67,24 @@ Operand Operands::Of(const Comparison& comparison) {
         return {.kind = Operand::Kind::Definition, .definitions = DefinitionsThatMeet(comparison)};
     }
     if (comparison.field == Field::Id) {
-        return Column("e.uid", "c.uid", Letters::Exact);
+        return Column("e.uid", Letters::Exact, "c.uid");
     }
     if (comparison.field == Field::Name || comparison.attribute == NAME) {
-        return Column("e.name", "c.name", _letters);
+        return Column("e.name", _letters, "c.name", "c.name_folded");
     }
     if (comparison.attribute == UID) {
-        return Column("e.uid", "c.uid", _letters);
+        return Column("e.uid", _letters, "c.uid");
     }
     if (const dialect::Computed* computed = dialect::FindComputed(comparison.attribute)) {
-        Operand operand = Column(computed->expression, nullptr, _letters);
+        Operand operand = Column(computed->expression, _letters);
         operand.numbers = computed->number;
-        operand.texts = !computed->number;
         if (computed->costly) {
             operand.computedOnce = computed->expression;
             operand.expression = "x.value";
         }
         return operand;
     }
-    return Stored(comparison.attribute);
-}
-
-// Both kinds of value are looked for in any case; the definitions tell which are to be expected.
-Operand Operands::Stored(const std::string& attribute) const {
-    Operand operand{.expression = "h.value", .letters = _letters};
-    operand.numbers = false;
-    operand.texts = attribute == DISPLAY_NAME;
-    for (const auto& definition : _catalogue.Definitions()) {
-        if (const auto* found = definition->FindAttribute(attribute)) {
-            (HoldsNumbers(*found) ? operand.numbers : operand.texts) = true;
-        }
-    }
-    return operand;
+    return {.kind = Operand::Kind::Stored, .expression = "h.value", .letters = _letters};
 }
 
 void Operands::RequireKnown(const Comparison& comparison) const {

@@ -23,11 +23,12 @@ struct Operand {
     std::string expression = {};  // Expression: over e and r; Stored: h.value
     // Not null: costly, so that it is computed once as x.value, which is the expression then.
     const char* computedOnce = nullptr;
-    bool numbers = true;  // kinds of value that it can have
-    bool texts = true;
+    bool numbers = false;  // Expression: yields numbers, else texts
     Letters letters = Letters::Exact;
-    // Expression: the indexed column of `entity c`; null if it is none.
+    // Expression: the indexed column of `entity c`, and where letters are folded the one beside it
+    // with the folded texts that differ; null if it is none.
     const char* indexed = nullptr;
+    const char* indexedFolded = nullptr;
     // Definition: names of the definitions that meet the comparison.
     std::vector<std::string> definitions = {};
 };
@@ -44,7 +45,6 @@ class Operands {
   private:
     [[nodiscard]] std::vector<std::string> DefinitionsThatMeet(const Comparison& comparison);
     void RequireKnown(const Comparison& comparison) const;
-    [[nodiscard]] Operand Stored(const std::string& attribute) const;
 
     const catalogue::Catalogue& _catalogue;
     Letters _letters;

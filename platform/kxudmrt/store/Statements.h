@@ -75,8 +75,9 @@ inline constexpr NamedStatement SET_INFO{"set info",
 inline constexpr NamedStatement INSERT_ENTITY{
     "insert entity",
     "INSERT INTO entity(uid, definition, name, published, working, lock_user, lock_workspace,"
-    " lock_time, created_time, created_user, created_workspace, branch_uid, branch_revision)"
-    " VALUES (?1, ?2, ?3, ?4, ?5, ?6, ?7, ?8, ?9, ?10, ?11, ?12, ?13)"};
+    " lock_time, created_time, created_user, created_workspace, branch_uid, branch_revision,"
+    " name_folded) VALUES (?1, ?2, ?3, ?4, ?5, ?6, ?7, ?8, ?9, ?10, ?11, ?12, ?13,"
+    " nullif(kxudm_fold(?3), ?3))"};
 inline constexpr NamedStatement INSERT_REVISION{
     "insert revision",
     "INSERT INTO revision(id, state, display_name, created_time, created_user, modified_time,"
@@ -116,12 +117,15 @@ inline constexpr NamedStatement TOUCH_REVISION{
     "touch revision", "UPDATE revision SET modified_time = ?2, modified_user = ?3 WHERE id = ?1"};
 inline constexpr NamedStatement SET_HEAD_ATTRIBUTE{
     "set head attribute",
-    "INSERT INTO head_attribute(entity, name, working, value) VALUES (?1, ?2, ?3, ?4)"
-    " ON CONFLICT(entity, name, working) DO UPDATE SET value = excluded.value"};
+    "INSERT INTO head_attribute(entity, name, working, value, folded)"
+    " VALUES (?1, ?2, ?3, ?4, nullif(kxudm_fold(?4), ?4)) ON CONFLICT(entity, name, working)"
+    " DO UPDATE SET value = excluded.value, folded = excluded.folded"};
 inline constexpr NamedStatement DROP_HEAD_ATTRIBUTE{
     "drop head attribute",
     "DELETE FROM head_attribute WHERE entity = ?1 AND name = ?2 AND working = ?3"};
-inline constexpr NamedStatement SET_NAME{"set name", "UPDATE entity SET name = ?2 WHERE id = ?1"};
+inline constexpr NamedStatement SET_NAME{
+    "set name",
+    "UPDATE entity SET name = ?2, name_folded = nullif(kxudm_fold(?2), ?2) WHERE id = ?1"};
 inline constexpr NamedStatement SET_ENTRY{
     "set entry", "UPDATE link SET entry = ?2 WHERE first = ?1 AND kind = 3"};
 inline constexpr NamedStatement SET_VAULT{"set vault",

@@ -152,7 +152,18 @@ CREATE TABLE journal (
 ) STRICT;
 )sql";
 
-constexpr std::array STEPS{SchemaStep{1, STEP_1}};
+// For queries that ignore case and accents. Folded texts (sql/Fold.h) are kept where they differ
+// from the text itself: most numbers, codes and dates need none.
+constexpr const char* STEP_2 = R"sql(
+ALTER TABLE entity ADD COLUMN name_folded TEXT;
+ALTER TABLE head_attribute ADD COLUMN folded TEXT;
+UPDATE entity SET name_folded = kxudm_fold(name) WHERE kxudm_fold(name) <> name;
+UPDATE head_attribute SET folded = kxudm_fold(value) WHERE kxudm_fold(value) <> value;
+CREATE INDEX entity_name_folded ON entity(name_folded) WHERE name_folded IS NOT NULL;
+CREATE INDEX head_attribute_folded ON head_attribute(name, folded) WHERE folded IS NOT NULL;
+)sql";
+
+constexpr std::array STEPS{SchemaStep{1, STEP_1}, SchemaStep{2, STEP_2}};
 
 }  // namespace
 

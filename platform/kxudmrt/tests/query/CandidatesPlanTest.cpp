@@ -105,18 +105,22 @@ TEST_F(Plans, TwoBoundsOfOneAttributeAreTheOnesThatAreLookedUp) {
                                     " h.name = ? AND h.value >= ? AND h.value < ?) AND "));
 }
 
-TEST_F(Plans, NumbersAreLookedUpWhereLettersAreFolded) {
-    EXPECT_THAT(Plan("attrib.mass == 5", Letters::Folded),
-                HasSubstr(std::string(BY_VALUE) + " (name=? AND value=?)"));
-    EXPECT_THAT(Plan("attrib.mass > 5 && attrib.material == steel", Letters::Folded),
-                HasSubstr(std::string(BY_VALUE) + " (name=? AND value>? AND value<?)"));
+TEST_P(ServedByAnIndex, AlsoWhereLettersAreFolded) {
+    const std::string plan = Plan(GetParam().text, Letters::Folded);
+    EXPECT_THAT(plan, HasSubstr(BY_ID)) << plan;
+    EXPECT_THAT(plan, HasSubstr(GetParam().index)) << plan;
+    EXPECT_THAT(plan, Not(HasSubstr("SCAN"))) << plan;
+    EXPECT_THAT(plan, Not(HasSubstr("USE TEMP B-TREE FOR ORDER BY"))) << plan;
 }
 
-// Folded texts have no index of their own: the values of the one attribute are gone through.
-TEST_F(Plans, FoldedTextsStayWithinTheirAttribute) {
-    const std::string plan = Plan("attrib.material == steel", Letters::Folded);
-    EXPECT_THAT(plan, HasSubstr(std::string(BY_VALUE) + " (name=? AND value>?)"));
-    EXPECT_THAT(plan, Not(HasSubstr("SCAN e")));
+TEST_F(Plans, FoldedTextsHaveAnIndexOfTheirOwn) {
+    EXPECT_THAT(Plan("attrib.material == steel", Letters::Folded),
+                HasSubstr("USING COVERING INDEX head_attribute_folded (name=? AND folded=?)"));
+    EXPECT_THAT(Plan("attrib.material like steel", Letters::Folded),
+                HasSubstr("head_attribute_folded (name=? AND folded>? AND folded<?)"));
+    EXPECT_THAT(Plan("name == steel", Letters::Folded),
+                HasSubstr("SEARCH c USING COVERING INDEX entity_name_folded (name_folded=?)"));
+    EXPECT_THAT(Plan("name like steel", Letters::Folded), HasSubstr("entity_name_folded"));
 }
 
 // The ones that can't be served are known by name: each of them looks at every entity.
@@ -128,6 +132,7 @@ TEST_F(Plans, NegationsAndMissingValuesLookAtEveryEntity) {
                              "name like \"*x\"",
                              "attrib.smd_user == anna"}) {
         EXPECT_THAT(Plan(text), HasSubstr("SCAN e")) << text;
+        EXPECT_THAT(Plan(text, Letters::Folded), HasSubstr("SCAN e")) << text;
     }
 }
 

@@ -200,6 +200,27 @@ TEST_F(LibraryEntities, QueriedValuesFollowEachEdit) {
     EXPECT_EQ(Ask(where + "'displayname'"), "text Other");
 }
 
+TEST_F(LibraryEntities, FoldedTextsAreKeptWhereTheyDifferAndFollowEachEdit) {
+    const EntityId id = Add("A", {{"x", kxVariant("Steel")}, {"y", kxVariant("wood")}, {"n", 2}});
+    const std::string where =
+        "SELECT coalesce(folded, 'none') FROM head_attribute WHERE working=0 AND name=";
+    EXPECT_EQ(Ask(where + "'x'"), "steel");
+    EXPECT_EQ(Ask(where + "'y'"), "none");
+    EXPECT_EQ(Ask(where + "'n'"), "none");
+    EXPECT_EQ(Ask(where + "'displayname'"), "the a");
+    EXPECT_EQ(Ask("SELECT name_folded FROM entity"), "a");
+    store_->UpdateAttributes(
+        id, 0, {{"x", kxVariant("iron")}, {"y", kxVariant("\xC3\x84")}}, {ANN, 1});
+    EXPECT_EQ(Ask(where + "'x'"), "none");
+    EXPECT_EQ(Ask(where + "'y'"), "a");
+    store_->UpdateAttributes(id, 0, {{"y", 5}}, {ANN, 1});
+    EXPECT_EQ(Ask(where + "'y'"), "none");
+    store_->SetName(id, "B C", {ANN, 1});
+    EXPECT_EQ(Ask("SELECT name_folded FROM entity"), "b c");
+    store_->SetName(id, "b", {ANN, 1});
+    EXPECT_EQ(Ask("SELECT coalesce(name_folded, 'none') FROM entity"), "none");
+}
+
 TEST_F(LibraryEntities, AnEditOfAWorkingRevisionLeavesTheQueriedPublishedValues) {
     const EntityId id = Add("A", {{"x", 1}});
     PublishByHand(id, 0);

@@ -68,6 +68,27 @@ TEST(Schema, AnOlderFileIsBroughtForwardWithItsRows) {
     EXPECT_EQ(row.Int64(1), 5);
 }
 
+TEST(Schema, ALibraryOfVersion1GetsItsFoldedTexts) {
+    const auto connection = InMemory();
+    BringForward(*connection, LibrarySchema().first(1), "library");
+    connection->Execute(
+        "INSERT INTO entity(uid, definition, name, published, created_time, created_user,"
+        " created_workspace) VALUES ('1', 'D', '\xC3\x84rmel', 0, 1, '', ''),"
+        " ('2', 'D', 'plain', 0, 1, '', '');"
+        "INSERT INTO head_attribute(entity, name, working, value) VALUES (1, 't', 0, 'Steel'),"
+        " (1, 'l', 0, 'wood'), (1, 'n', 0, 2.5), (1, 'm', 1, NULL)");
+    BringForward(*connection, LibrarySchema(), "library");
+    sql::Statement folded(*connection,
+                          "SELECT uid || name_folded FROM entity WHERE name_folded IS NOT NULL"
+                          " UNION ALL"
+                          " SELECT name || folded FROM head_attribute WHERE folded IS NOT NULL");
+    ASSERT_TRUE(folded.Step());
+    EXPECT_EQ(folded.Text(0), "1armel");
+    ASSERT_TRUE(folded.Step());
+    EXPECT_EQ(folded.Text(0), "tsteel");
+    EXPECT_FALSE(folded.Step());
+}
+
 TEST(Schema, StepsOneByOneGiveTheSameAsAllAtOnce) {
     const auto connection = InMemory();
     for (std::size_t count = 1; count <= STEPS.size(); ++count) {

@@ -18,7 +18,7 @@ CREATE TABLE entity (
   deleted INTEGER NOT NULL DEFAULT 0,
   branch_uid TEXT,
   branch_revision INTEGER,
-  vault TEXT,
+  vault TEXT, name_folded TEXT,
   CHECK (published IS NOT NULL OR working IS NOT NULL),
   CHECK ((working IS NULL) = (lock_user IS NULL)),
   CHECK ((working IS NULL) = (lock_workspace IS NULL)),
@@ -55,7 +55,7 @@ CREATE TABLE head_attribute (
   entity INTEGER NOT NULL,
   name TEXT NOT NULL,
   working INTEGER NOT NULL,
-  value ANY,
+  value ANY, folded TEXT,
   PRIMARY KEY (entity, name, working)
 ) STRICT, WITHOUT ROWID;
 CREATE INDEX head_attribute_value ON head_attribute(name, value);
@@ -118,3 +118,5 @@ CREATE TABLE journal (
   user TEXT NOT NULL,
   workspace TEXT NOT NULL
 ) STRICT;
+CREATE INDEX entity_name_folded ON entity(name_folded) WHERE name_folded IS NOT NULL;
+CREATE INDEX head_attribute_folded ON head_attribute(name, folded) WHERE folded IS NOT NULL;
