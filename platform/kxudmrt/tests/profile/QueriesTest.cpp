@@ -132,6 +132,35 @@ TEST_F(Queries, OfOthersDoNotFindDrafts) {
     EXPECT_THAT(DisplayNames(hits), ElementsAre("open to all"));
 }
 
+TEST_F(Queries, SeeOnesOwnWorkingRevisionAndOthersThePublishedOne) {
+    const ProfilePtr bob = library.Open("bob");
+    const auto masses = [&](const ProfilePtr& session, const kxString& mass) {
+        kxStlVector<UDMItemHandle> hits;
+        session->RunQuery(
+            hits, "name == Rim && attrib.mass == " + mass, -1, 0, 0, {}, false, false);
+        return hits.size();
+    };
+    const kxString base = rim.GetUID().substr(0, rim.GetUID().find(':'));
+    const auto newest = [&] { return ann->GetEntity(base); };
+    ann->PersistEntity(newest(), "first", false, true, true);
+    EXPECT_EQ(masses(bob, "2.5"), 1U);
+    ann->Checkout(newest(), "");
+    ann->SetAttributeValue(newest(), "mass", 3.0);
+    EXPECT_EQ(masses(ann, "3"), 1U);
+    EXPECT_EQ(masses(ann, "2.5"), 0U);
+    EXPECT_EQ(masses(bob, "3"), 0U);
+    EXPECT_EQ(masses(bob, "2.5"), 1U);
+    EXPECT_EQ(Run("name == Rim && attrib.smd_contentrevision == 2"), 1U);
+    ann->PersistEntity(newest(), "second", false, true, true);
+    EXPECT_EQ(masses(bob, "3"), 1U);
+    EXPECT_EQ(masses(bob, "2.5"), 0U);
+    ann->Checkout(newest(), "");
+    ann->SetAttributeValue(newest(), "mass", 4.0);
+    ann->UndoCheckout(newest());
+    EXPECT_EQ(masses(ann, "4"), 0U);
+    EXPECT_EQ(masses(ann, "3"), 1U);
+}
+
 TEST_F(Queries, ThatAreNoneAreRefusedWithPositionAndExpectation) {
     EXPECT_THAT(Refusal([&] { Run("mass > 2"); }),
                 testing::AllOf(HasSubstr("character 1 at \"mass\""), HasSubstr("attrib.NAME")));
