@@ -8,6 +8,7 @@
 #include <cstdio>
 #include <ctime>
 #include <iostream>
+#include <set>
 
 #include "Report.h"
 
@@ -85,28 +86,48 @@ void FolderMirror::MirrorFolder(const Folder& folder, std::vector<Folder>& below
     _entries.push_back(std::move(entry));
 
     const Children known = KnownContents(*target);
-    auto edit = std::make_unique<kxudm::UDMBulkEdit>(_library.Session());
-    std::size_t inTransaction = 0;
-    for (const fs::directory_entry& file : entries) {
-        const kxString name = KeptName(file.path().filename().string());
-        const bool isLink = file.is_symlink(error);
-        if (file.is_directory(error)) {
-            if (isLink) {
-                LeaveOut(file.path(),
-                         "it is a symbolic link to a folder, which might lead back here");
-            } else {
-                below.push_back({file.path(), folder.path + "/" + name, folder.depth + 1});
-            }
-            continue;
+    std::set<kxString> taken;
+    std::vector<File> batch;
+    for (const fs::directory_entry& found : entries) {
+        const kxString name = KeptName(found.path().filename().string());
+        const bool isLink = found.is_symlink(error);
+        if (!taken.insert(name).second) {
+            LeaveOut(found.path(), "another file here has a name that is kept in the same way");
+        } else if (!found.is_directory(error)) {
+            batch.push_back({found, name});
+        } else if (isLink) {
+            LeaveOut(found.path(), "it is a symbolic link to a folder, which might lead back here");
+        } else {
+            below.push_back({found.path(), folder.path + "/" + name, folder.depth + 1});
         }
-        MirrorFile(file, name, folder, *target, known);
-        if (++inTransaction == kContentsPerTransaction) {
-            edit->Commit();
-            edit = std::make_unique<kxudm::UDMBulkEdit>(_library.Session());
-            inTransaction = 0;
+        if (batch.size() == kContentsPerTransaction) {
+            MirrorBatch(batch, folder, *target, known);
+            batch.clear();
         }
     }
-    edit->Commit();
+    MirrorBatch(batch, folder, *target, known);
+}
+
+// One transaction: where it fails, none of its files is in the library.
+void FolderMirror::MirrorBatch(const std::vector<File>& files,
+                               const Folder& folder,
+                               kxct::Item& target,
+                               const Children& known) {
+    const std::size_t entriesBefore = _entries.size();
+    const std::size_t createdBefore = _created;
+    try {
+        kxudm::UDMBulkEdit edit(_library.Session());
+        for (const File& file : files) {
+            MirrorFile(file.found, file.name, folder, target, known);
+        }
+        edit.Commit();
+    } catch (const std::exception& failure) {
+        _entries.resize(entriesBefore);
+        _created = createdBefore;
+        for (const File& file : files) {
+            LeaveOut(file.found.path(), failure.what());
+        }
+    }
 }
 
 FolderMirror::Children FolderMirror::KnownContents(kxct::Item& folder) const {
@@ -169,7 +190,10 @@ void FolderMirror::MirrorFile(const fs::directory_entry& file,
         !item->SetAttributeValue("filetype", type) ||
         !item->SetAttributeValue("filelastmodified", modified) ||
         !controller.MoveContent(item, &target)) {
-        throw std::runtime_error("the library refused a content for \"" + Printable(name) + "\"");
+        kxStlVector<kxct::Item*> halfMade{item};
+        controller.Delete(halfMade);
+        LeaveOut(file.path(), "the library refused it");
+        return;
     }
     entry.uid = item->GetUID();
     _entries.push_back(std::move(entry));

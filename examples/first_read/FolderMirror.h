@@ -44,9 +44,17 @@ class FolderMirror {
         kxString path;
         std::size_t depth = 0;
     };
+    struct File {
+        std::filesystem::directory_entry found;
+        kxString name;
+    };
     using Children = std::map<kxString, kxct::Item*>;
 
     void MirrorFolder(const Folder& folder, std::vector<Folder>& below);
+    void MirrorBatch(const std::vector<File>& files,
+                     const Folder& folder,
+                     kxct::Item& target,
+                     const Children& known);
     void MirrorFile(const std::filesystem::directory_entry& file,
                     const kxString& name,
                     const Folder& folder,

@@ -7,6 +7,7 @@
 #include <kxct/UDMDBCtrl.h>
 
 #include <cstdlib>
+#include <regex>
 #include <stdexcept>
 
 namespace demo {
@@ -48,6 +49,12 @@ Library::Library(const std::filesystem::path& data, const std::filesystem::path&
         throw std::runtime_error("The folder \"" + home.string() +
                                  "\" can't be made: " + error.message());
     }
+    // Settings expand both in whatever is a path.
+    if (std::regex_search(home.string(), std::regex("~|\\[[[:alnum:]_.]*\\]"))) {
+        throw std::runtime_error("The folder \"" + home.string() +
+                                 "\" can't hold the library: settings take \"~\" and \"[NAME]\" "
+                                 "for what they stand for; name another one in KXCT_DEMO_DIR");
+    }
     const std::string defaults = (data / "settings" / "default.xml").string();
     const std::string user = (home / "settings.xml").string();
     WriteSettings(defaults, user, home / "master.mdb");
@@ -81,7 +88,15 @@ void Library::Create() {
 }
 
 void Library::Open() {
-    Connected(_factory->GetController(_manager, kLibrary, kWorkspace, User(), ""));
+    kxct::Controller* controller =
+        _factory->GetController(_manager, kLibrary, kWorkspace, User(), "");
+    if (!controller->IsDBValid()) {
+        // A user who is new to the library has no workspace yet; creating attaches to what exists.
+        _factory->DeleteController(controller);
+        Create();
+        return;
+    }
+    Connected(controller);
 }
 
 void Library::Connected(kxct::Controller* controller) {

@@ -41,6 +41,14 @@ std::size_t SequenceLength(const std::string& text, std::size_t at) {
     return length;
 }
 
+// Of a sequence of two bytes and more: a control character, or one that turns the line round.
+bool IsUnprintable(const std::string& text, std::size_t at, std::size_t length) {
+    const std::string sequence = text.substr(at, length);
+    return (length == 2 && sequence < "\xC2\xA0") ||
+           (sequence >= "\xE2\x80\xA8" && sequence <= "\xE2\x80\xAE") ||
+           (sequence >= "\xE2\x81\xA6" && sequence <= "\xE2\x81\xA9");
+}
+
 bool SameText(kxct::Item& item,
               const kxString& attribute,
               const kxString& expected,
@@ -92,16 +100,20 @@ std::string Printable(const std::string& name) {
     for (std::size_t at = 0; at < name.size();) {
         const std::size_t length = SequenceLength(name, at);
         const auto byte = static_cast<unsigned char>(name[at]);
+        const std::size_t taken = length == 0 ? 1 : length;
         if (name[at] == '\\') {
             text += "\\\\";
-        } else if (length == 0 || byte < 0x20 || byte == 0x7F) {
-            char escape[8];
-            std::snprintf(escape, sizeof escape, "\\x%02X", byte);
-            text += escape;
+        } else if (length == 0 || byte < 0x20 || byte == 0x7F || IsUnprintable(name, at, length)) {
+            for (std::size_t i = at; i < at + taken; ++i) {
+                char escape[8];
+                std::snprintf(
+                    escape, sizeof escape, "\\x%02X", static_cast<unsigned char>(name[i]));
+                text += escape;
+            }
         } else {
             text.append(name, at, length);
         }
-        at += length == 0 ? 1 : length;
+        at += taken;
     }
     return text;
 }

@@ -40,6 +40,9 @@ run plain 0 "$work/plain"
 expect "second run" "$out" '^The library "Demo" exists; opening it$'
 expect "second run" "$out" '^read back: 2 of 2 equal$'
 
+USER=anna run plain 0 "$work/plain"
+expect "another user" "$out" '^read back: 2 of 2 equal$'
+
 touch "$work/plain/new.inp"
 run plain 0 "$work/plain"
 expect "a new file" "$out" '^read back: 3 of 3 equal$'
@@ -77,6 +80,19 @@ expect "odd names, tree" "$out" '模型\.inp  \[UDMDSFileDeck\]'
 expect "a loop" "$err" '^left out: .*/odd/loop: it is a symbolic link to a folder'
 expect "a broken link" "$err" '^left out: .*/odd/broken: No such file'
 expect "a pipe" "$err" '^left out: .*/odd/pipe: it is neither a file nor a folder$'
+
+mkdir "$work/alike" && touch "$work/alike/"$'\xff' "$work/alike/\\xFF"
+run alike 0 "$work/alike"
+expect "names that are kept alike" "$out" '^read back: 1 of 1 equal$'
+expect "names that are kept alike" "$err" '^left out: .*/alike/.*: another file here has a name that is kept in the same way$'
+
+run '[X]' 2 "$work/plain"
+expect "brackets in the place of the library" "$err" 'settings take "~" and "\[NAME\]"'
+
+(ulimit -f 600; trap '' XFSZ; mkdir "$work/full" && cd "$work/full" && for i in $(seq 1 1500); do : >"f$i.inp"; done
+  "$program" "$data" "$work/home-full" "$work/full" >"$work/out" 2>"$work/err")
+expect "a full disk" "$(cat "$work/out")" '^read back: (0 of 0|500 of 500|1000 of 1000) equal$'
+expect "a full disk" "$(cat "$work/err")" '^left out: .*/full/f[0-9]+\.inp: library .*'
 
 mkdir -p "$work/closed/in" && touch "$work/closed/open.txt" "$work/closed/in/x.txt"
 chmod 000 "$work/closed/in"
