@@ -1,13 +1,12 @@
 // From the tree of a query to a condition in SQL, as LibraryStore takes it.
 //
 // Layer: query, its top. Nothing of a query but bound values reaches the SQL; its text depends on
-// the tree's shape alone. A condition has two parts. The filter is the whole query, each comparison
-// looked up for the entity at hand; it alone decides. Before it, for a search, stand candidates: a
-// set that an index yields and that holds every hit. They come from the most selective part that a
-// hit must meet: UID, equality, prefix, range, a walk through one
-// attribute, definition, in this order. A query without such a
-// part ("!=", "!", an attribute without value, patterns that begin with a wildcard) looks at every
-// entity.
+// the tree's shape and the forms of its patterns alone. A condition has two parts. The filter is
+// the whole query, each comparison looked up for the entity at hand; it alone decides. Before it,
+// for a search, stand candidates: a set that an index yields and that holds every hit. They come
+// from the most selective part that a hit must meet: UID, equality, prefix, range, a walk through
+// one attribute, definition, in this order. A query without such a part ("!=", "!", an attribute
+// without value) looks at every entity.
 //
 //     const Tree tree = Parse("class == UDMPart && attrib.mass >= 10");
 //     store.Find(Compile(tree, *catalogue, {}), viewer, tree.IsEmpty(), 0, 0, rows);
