@@ -97,4 +97,22 @@ void RequireFreeFolderName(Session& session, store::EntityId parent, const kxStr
     }
 }
 
+void RequireFreeNamesAtTop(Session& session, const EntityState& leaving) {
+    std::vector<store::LinkedRow> inside;
+    session.Store().Children(
+        leaving.Id(), leaving.Revision(), store::LinkKind::Folder, {}, session.Viewer(), inside);
+    store::EntityRow other;
+    for (const store::LinkedRow& each : inside) {
+        const auto* definition = session.Catalogue()->Find(each.entity.definition);
+        if (definition == nullptr || definition->Type() != FOLDER_TYPE ||
+            !FindFolder(session, 0, each.entity.name, false, other) || other.id == leaving.Id()) {
+            continue;
+        }
+        throw UDMException("The folder \"" + catalogue::Printable(each.entity.name) + "\" in " +
+                           leaving.Uid() +
+                           " would come beside the folder of that name at the top (" + other.uid +
+                           "); move it or delete it first");
+    }
+}
+
 }  // namespace kxudm::profile

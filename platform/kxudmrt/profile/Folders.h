@@ -23,5 +23,8 @@ bool FindFolder(Session& session,
                 store::EntityRow& row);
 // Throws UDMException if `parent` has a folder of that name.
 void RequireFreeFolderName(Session& session, store::EntityId parent, const kxString& name);
+// Throws UDMException if a folder in this one bears the name of another folder at the top, where it
+// would come to stand if this one went.
+void RequireFreeNamesAtTop(Session& session, const EntityState& leaving);
 
 }  // namespace kxudm::profile

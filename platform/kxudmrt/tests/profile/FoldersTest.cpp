@@ -173,6 +173,26 @@ TEST_F(Folders, GoWithoutTheirContents) {
     ann->CreateFolder(found, "/A");
 }
 
+TEST_F(Folders, StayWhereTheirFoldersWouldMeetANamesakeAtTheTop) {
+    const UDMItemHandle top = Made("/X");
+    Made("/A/X");
+    UDMItemHandle going = Made("/A");
+    EXPECT_THAT(Refusal([&] { ann->DeleteEntity(going, true, false); }), HasSubstr("\"X\""));
+    EXPECT_EQ(Path(going), "/A");
+    ann->DeleteEntity(top, true, false);
+    ann->DeleteEntity(going, true, false);
+    UDMItemHandle lifted;
+    ann->GetFolder(lifted, "/X", false);
+    EXPECT_EQ(Path(lifted), "/X");
+}
+
+TEST_F(Folders, MayGoWhenOneInThemBearsTheirOwnName) {
+    Made("/X/X");
+    const UDMItemHandle outer = Made("/X");
+    ann->DeleteEntity(outer, true, false);
+    EXPECT_EQ(Path(Made("/X")), "/X");
+}
+
 TEST_F(Folders, ThePathOfAContentIsAnError) {
     kxString path;
     const UDMItemHandle part = ann->CreateEntity("Part", "Wheel");
