@@ -64,11 +64,12 @@ function(kxct_platform_library name)
     DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/${name} COMPONENT development)
 endfunction()
 
-# kxct_test(NAME SOURCES ... [DEPENDS ...] [LABELS ...])
+# kxct_test(NAME SOURCES ... [DEPENDS ...] [LABELS ...] [TIMEOUT seconds])
 #
-# A GoogleTest program; each of its tests becomes a test of ctest. A test has 120 seconds.
+# A GoogleTest program; each of its tests becomes a test of ctest. A test has 120 seconds unless
+# told.
 function(kxct_test name)
-  cmake_parse_arguments(ARG "" "" "SOURCES;DEPENDS;LABELS" ${ARGN})
+  cmake_parse_arguments(ARG "" "TIMEOUT" "SOURCES;DEPENDS;LABELS" ${ARGN})
   add_executable(${name} ${ARG_SOURCES})
   target_link_libraries(${name} PRIVATE ${ARG_DEPENDS} GTest::gmock GTest::gtest_main)
   target_precompile_headers(${name} PRIVATE <gmock/gmock.h> <gtest/gtest.h> <string> <vector> <map>)
@@ -77,7 +78,10 @@ function(kxct_test name)
     # Halves the time that instrumented tests take to compile.
     target_compile_options(${name} PRIVATE -O0)
   endif()
-  set(properties TIMEOUT 120)
+  if(NOT ARG_TIMEOUT)
+    set(ARG_TIMEOUT 120)
+  endif()
+  set(properties TIMEOUT ${ARG_TIMEOUT})
   if(ARG_LABELS)
     list(APPEND properties LABELS "${ARG_LABELS}")
   endif()
