@@ -46,8 +46,8 @@ void RequireRoom(Session& session, const EntityState& parent, const GroupDefinit
         return;
     }
     const LinkKind kind = *KindOfCategory(group.category);
-    const auto count = session.Store().CountChildren(
-        parent.Id(), parent.Revision(), kind, group.name, session.Viewer());
+    const auto count =
+        session.Store().CountChildrenUpTo(group.maximum, parent.Id(), kind, group.name);
     if (count >= static_cast<std::int64_t>(group.maximum)) {
         throw UDMException("The group \"" + group.name + "\" of " + parent.Cdef() + " " +
                            parent.Uid() + " is full: it takes " + std::to_string(group.maximum) +

@@ -62,7 +62,13 @@ UDMItemHandle Session::ChildHandle(const store::JournalEntry& entry) {
         child = Find(entry.childUid);
     }
     if (!child) {
-        child = boost::make_shared<EntityState>(_link, entry.childUid, entry.revision);
+        // Deleted: as this session saw it.
+        const int seen = _store->SeenRevision(entry.child, Viewer());
+        const int number = seen == store::NO_REVISION ? entry.revision : seen;
+        child = _states.Revision(entry.childUid, number);
+        if (!child) {
+            child = boost::make_shared<EntityState>(_link, entry.childUid, number);
+        }
     }
     return UDMItemHandle(child);
 }
@@ -71,26 +77,22 @@ void Session::ApplyDeletion(const store::JournalEntry& entry) {
     store::DeletedRow gone;
     gone.id = entry.entity;
     gone.uid = entry.entityUid;
-    // Who does not see the working revision saw the published one.
-    gone.newestRevision = _store->SeenRevision(entry.entity, Viewer());
-    if (gone.newestRevision != store::NO_REVISION) {
-        QueueDeletion(gone);
-    }
+    QueueDeletion(gone);
 }
 
-// One record for each revision that the session has seen, the newest one in any case.
+// One record for each revision that the session has seen, the newest one for it in any case.
 void Session::QueueDeletion(const store::DeletedRow& gone) {
-    bool newestTold = false;
+    const int newest = _store->SeenRevision(gone.id, Viewer());
+    bool newestTold = newest == store::NO_REVISION;
     for (EntityState* state = _states.Chain(gone.uid); state != nullptr; state = state->next) {
         state->SetGone();
-        newestTold = newestTold || state->Revision() == gone.newestRevision;
+        newestTold = newestTold || state->Revision() == newest;
         if (!_slots.Empty()) {
             _slots.Queue(UDMProfileUpdate::OfDeletion(UDMUID(state->Uid())));
         }
     }
     if (!newestTold && !_slots.Empty()) {
-        _slots.Queue(
-            UDMProfileUpdate::OfDeletion(UDMUID(WithRevision(gone.uid, gone.newestRevision))));
+        _slots.Queue(UDMProfileUpdate::OfDeletion(UDMUID(WithRevision(gone.uid, newest))));
     }
     TouchLinks();
 }

@@ -1,5 +1,6 @@
 #include <array>
 #include <utility>
+#include <vector>
 
 #include "profile/Creation.h"
 #include "profile/Folders.h"
@@ -12,7 +13,8 @@ namespace {
 
 using store::LinkKind;
 
-// Changes that tell the parents which stay that a child of theirs is gone.
+// Changes that tell the parents which stay that a child of theirs is gone. Others may see other
+// parents than this session does: working revisions differ from published ones.
 class Orphaned {
   public:
     Orphaned(Session& session, Operation& operation) : _session(session), _operation(operation) {}
@@ -34,16 +36,40 @@ class Orphaned {
          {LinkKind::Owner, SIGNAL_OWNED_CHILD_DELETED}}};
 
     void RecordParents(const store::DeletedRow& row, LinkKind kind, SignalOption code) {
-        _parents.clear();
-        _operation.Store().Parents(
-            row.id, row.newestRevision, kind, {}, _session.Viewer(), _parents);
-        for (store::LinkedRow& parent : _parents) {
-            Session::State child = Child(row);
-            Session::State holder = _session.StateOf(std::move(parent.entity), false);
-            const bool onlyHere = child->IsNeverPublished() || holder->IsNeverPublished();
-            _operation.Record(
-                Change::OfChild(code, std::move(holder), std::move(child)).Private(onlyHere));
+        std::vector<store::LinkedRow> own =
+            Parents(row.id, row.newestRevision, kind, _session.Viewer());
+        const int published = _operation.Store().SeenRevision(row.id, store::THE_PUBLIC);
+        std::vector<store::LinkedRow> others;
+        if (published != store::NO_REVISION) {
+            others = Parents(row.id, published, kind, store::THE_PUBLIC);
         }
+        for (store::LinkedRow& parent : own) {
+            const bool shared = std::erase_if(others, [&](const store::LinkedRow& other) {
+                                    return other.entity.id == parent.entity.id &&
+                                           other.entity.revision == parent.entity.revision;
+                                }) > 0;
+            RecordParent(row, code, parent, shared ? Audience::Everybody : Audience::Here);
+        }
+        for (store::LinkedRow& parent : others) {
+            RecordParent(row, code, parent, Audience::Elsewhere);
+        }
+    }
+
+    std::vector<store::LinkedRow> Parents(store::EntityId child,
+                                          int revision,
+                                          LinkKind kind,
+                                          const store::Viewer& viewer) {
+        std::vector<store::LinkedRow> parents;
+        _operation.Store().Parents(child, revision, kind, {}, viewer, parents);
+        return parents;
+    }
+
+    void RecordParent(const store::DeletedRow& row,
+                      SignalOption code,
+                      store::LinkedRow& parent,
+                      Audience audience) {
+        Session::State holder = _session.StateOf(std::move(parent.entity), false);
+        _operation.Record(Change::OfChild(code, std::move(holder), Child(row)).For(audience));
     }
 
     Session::State Child(const store::DeletedRow& row) {
@@ -62,7 +88,6 @@ class Orphaned {
 
     Session& _session;
     Operation& _operation;
-    std::vector<store::LinkedRow> _parents;
 };
 
 void Rename(Session& session, Operation& operation, EntityState& state, const kxString& name) {
@@ -128,10 +153,11 @@ void Profile::DeleteEntity(const UDMItemHandle& handle, bool withChildren, bool 
         }
     }
     RequireFreeNamesAtTop(*_session, *state);
-    const bool onlyHere = state->IsNeverPublished();
     const std::vector<store::DeletedRow> gone = store.Delete(state->Id(), operation.Stamp(), force);
     Orphaned(*_session, operation).Record(gone);
     for (const store::DeletedRow& row : gone) {
+        const bool onlyHere = store.SeenRevision(row.id, store::THE_PUBLIC) == store::NO_REVISION &&
+                              store.SeenRevision(row.id, _session->Viewer()) != store::NO_REVISION;
         operation.Record(Change::OfDeletion(row).Private(onlyHere));
     }
     operation.Commit();

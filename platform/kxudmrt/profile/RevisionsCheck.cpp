@@ -41,8 +41,8 @@ void RequireMinimum(Session& session, const EntityState& working, const GroupDef
     if (group.minimum == 0 || IsContainerKind(kind)) {
         return;
     }
-    const std::int64_t count = session.Store().CountChildrenUpTo(
-        group.minimum, working.Id(), working.Revision(), kind, group.name, session.Viewer());
+    const std::int64_t count =
+        session.Store().CountChildrenUpTo(group.minimum, working.Id(), kind, group.name);
     if (count < static_cast<std::int64_t>(group.minimum)) {
         throw UDMException(working.Cdef() + " " + working.Uid() +
                            " can't be published: its group \"" + group.name + "\" has " +

@@ -10,9 +10,6 @@ namespace {
 using store::LinkKind;
 using store::MovedPlace;
 
-// Sees what is published and nothing else.
-constexpr store::Viewer THE_PUBLIC{};
-
 // Whether the place was both left and come to: all in all nothing happened there.
 bool IsAnnulled(const MovedPlace& place, const std::vector<MovedPlace>& moved) {
     return std::any_of(moved.begin(), moved.end(), [&](const MovedPlace& other) {
@@ -59,8 +56,13 @@ void RecordPublishedPlaces(Session& session,
     for (const bool entered : {false, true}) {
         for (const MovedPlace& place : moved) {
             if (place.entered == entered) {
-                RecordPlace(
-                    session, operation, published, place, entered, THE_PUBLIC, Audience::Elsewhere);
+                RecordPlace(session,
+                            operation,
+                            published,
+                            place,
+                            entered,
+                            store::THE_PUBLIC,
+                            Audience::Elsewhere);
             }
         }
     }
@@ -74,7 +76,7 @@ void RecordPublishedParents(Session& session,
                                      std::pair(LinkKind::Reference, SIGNAL_REFERENCE_ADDED)}) {
         parents.clear();
         session.Store().Parents(
-            published->Id(), published->Revision(), kind, {}, THE_PUBLIC, parents);
+            published->Id(), published->Revision(), kind, {}, store::THE_PUBLIC, parents);
         for (store::LinkedRow& parent : parents) {
             operation.Record(Change::Of(code, session.StateOf(std::move(parent.entity), false))
                                  .For(Audience::Elsewhere));

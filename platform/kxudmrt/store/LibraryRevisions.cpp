@@ -283,12 +283,10 @@ int LibraryStore::SeenRevision(EntityId id, const Viewer& viewer) {
 
 std::int64_t LibraryStore::CountChildrenUpTo(std::int64_t limit,
                                              EntityId parent,
-                                             int parentRevision,
                                              LinkKind kind,
-                                             std::string_view name,
-                                             const Viewer& viewer) {
+                                             std::string_view name) {
     sql::Statement count(*connection_, statements::COUNT_UP_TO);
-    count.BindAll(viewer.user, viewer.workspace, parent, kind, parentRevision, name, limit);
+    count.BindAll(parent, kind, name, limit);
     return count.Step() ? count.Int64(0) : 0;
 }
 

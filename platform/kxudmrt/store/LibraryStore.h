@@ -214,14 +214,12 @@ class LibraryStore {
                                              std::string_view name,
                                              const Viewer& viewer,
                                              const Condition& condition = {});
-    // The same for the newest revision of a parent that bears its links, but counts no further than
-    // `limit`.
+    // How many children are in a group of the newest or working revision of a parent that bears its
+    // links, whoever sees them. Counts no further than `limit`.
     [[nodiscard]] std::int64_t CountChildrenUpTo(std::int64_t limit,
                                                  EntityId parent,
-                                                 int parentRevision,
                                                  LinkKind kind,
-                                                 std::string_view name,
-                                                 const Viewer& viewer);
+                                                 std::string_view name);
     // Whether the child has an owner that nobody else may join: one by composition or, with
     // `alsoSharing`, any. Looks at everybody's working revisions, since they get published; only
     // what the viewer has given up in working revisions of its own doesn't count.

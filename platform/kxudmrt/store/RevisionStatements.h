@@ -131,8 +131,8 @@ inline constexpr NamedStatement BRANCH_LINKS{
     " CROSS JOIN entity e ON e.id = l.second AND e.deleted = 0"
     " WHERE l.first = ?2 AND l.kind IN (1, 2, 3, 4) AND l.to_rev > ?3 AND l.from_rev <= ?3"
     " AND l.composition = 0 AND (l.kind <> 1 OR NOT EXISTS (SELECT 1 FROM link o"
-    " WHERE o.second = l.second AND o.kind = 1 AND o.to_rev = " KXUDM_OPEN
-    " AND o.composition = 1))"};
+    " CROSS JOIN entity p ON p.id = o.first AND p.deleted = 0 WHERE o.second = l.second"
+    " AND o.kind = 1 AND o.to_rev = " KXUDM_OPEN " AND o.composition = 1))"};
 inline constexpr NamedStatement BRANCH_FILES{
     "branch files",
     "INSERT INTO file(entity, name, from_rev, hash, size, modified_time, added_time, is_text,"
@@ -157,10 +157,12 @@ inline constexpr NamedStatement MOVED_PLACES{
 // What the viewer would see of an entity, deleted or not; NULL: nothing.
 inline constexpr NamedStatement SEEN_REVISION{
     "seen revision", "SELECT " KXUDM_SEEN " FROM entity e WHERE e.id = ?3"};
-// Counts no further than ?7.
-inline constexpr NamedStatement COUNT_UP_TO{"count children up to a number",
-                                            "SELECT count(*) FROM (SELECT 1" KXUDM_BORNE_OPEN
-                                            " AND l.name = ?6 LIMIT ?7)"};
+// Children in a group of the newest revision, whoever sees them. Counts no further than ?4.
+inline constexpr NamedStatement COUNT_UP_TO{
+    "count children up to a number",
+    "SELECT count(*) FROM (SELECT 1 FROM link l CROSS JOIN entity e ON e.id = l.second"
+    " AND e.deleted = 0 WHERE l.first = ?1 AND l.kind = ?2 AND l.to_rev = " KXUDM_OPEN
+    " AND l.name = ?3 AND l.ending IS NULL LIMIT ?4)"};
 // Owners of ?3 in anybody's newest or working revision, by composition alone unless ?4. Left out
 // is who gave it up in a working revision of the viewer's own.
 inline constexpr NamedStatement ANY_OWNER{

@@ -30,6 +30,9 @@ struct Viewer {
     std::string_view workspace = {};
 };
 
+// Sees what is published, and what has no revisions, and nothing else.
+constexpr Viewer THE_PUBLIC{};
+
 // Who and when, for the stamps of a change.
 struct Stamp {
     Viewer by;

@@ -198,6 +198,42 @@ TEST_F(RevisionNotifications, N10_ADeletionTellsOthersNoRevisionThatTheyNeverSaw
     EXPECT_FALSE(Sees(ann, Base(hidden)));
 }
 
+TEST_F(RevisionNotifications, N10_ADeletedDraftTakesPublishedChildrenAlongForEverybody) {
+    const UDMItemHandle drawing = ann->CreateAndAddChild("Drawing", "Front", part, "drawings");
+    Publish(ann, drawing);
+    const UDMItemHandle seen = Newest(bob, drawing);
+    Silence();
+    ann->DeleteEntity(part, true, false);
+    EXPECT_THAT(bobs.Take(), ElementsAre("44 ~:1"));
+    EXPECT_FALSE(seen.IsEditable());
+    EXPECT_FALSE(Sees(bob, Base(drawing)));
+}
+
+TEST_F(RevisionNotifications, N10_AForcedDeletionTellsTheHolderAndNobodyOfWhatHeNeverSaw) {
+    const UDMItemHandle note = ann->CreateEntity("Note", "Note");
+    const UDMItemHandle draft =
+        bob->CreateAndAddChild("Drawing", "Draft", bob->GetEntity(Base(note)), "sketches");
+    Silence();
+    ann->DeleteEntity(note, true, true);
+    EXPECT_THAT(me.Take(), ElementsAre("44 ~:0"));
+    EXPECT_THAT(bobs.Take(), ElementsAre("44 ~:0", "44 ~:0"));
+    EXPECT_FALSE(draft.IsEditable());
+}
+
+TEST_F(RevisionNotifications, N11_EachIsToldTheParentsThatHeSees) {
+    const UDMItemHandle child = Published(ann, "Child");
+    const UDMItemHandle other = CheckOut(ann, Published(ann, "Other"));
+    ann->AddChild(part, child, "parts");
+    const UDMItemHandle two = CheckOut(ann, Publish(ann, part));
+    ann->RemoveChild(two, child);
+    ann->AddChild(other, child, "parts");
+    const UDMItemHandle seen = Newest(bob, child);
+    Silence();
+    ann->DeleteEntity(child, true, false);
+    EXPECT_THAT(me.Take(), ElementsAre("12 Other:2 Child:1", "44 ~:1"));
+    EXPECT_THAT(bobs.Take(), ElementsAre("12 Wheel:1 Child:1", "44 ~:1"));
+}
+
 TEST_F(RevisionNotifications, N13_AStepThatFailsTellsNothing) {
     const UDMItemHandle one = Publish(ann, part);
     CheckOut(ann, part);

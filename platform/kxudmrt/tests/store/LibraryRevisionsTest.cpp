@@ -444,14 +444,18 @@ TEST_F(LibraryRevisions, TheTopIsWhatLiesInNoFolderInTheRevisionSeen) {
     EXPECT_FALSE(places[0].entered);
 }
 
-TEST_F(LibraryRevisions, CountingChildrenEndsAtTheLimit) {
+TEST_F(LibraryRevisions, CountingChildrenEndsAtTheLimitAndCountsWhatTheViewerDoesNotSee) {
     const EntityId id = Working("P");
     for (const char* uid : {"A", "B", "C"}) {
         Link(id, Working(uid), LinkKind::Owner, 0);
     }
-    EXPECT_EQ(store_->CountChildrenUpTo(2, id, 0, LinkKind::Owner, "g", ANN), 2);
-    EXPECT_EQ(store_->CountChildrenUpTo(9, id, 0, LinkKind::Owner, "g", ANN), 3);
-    EXPECT_EQ(store_->CountChildrenUpTo(9, id, 0, LinkKind::Owner, "h", ANN), 0);
+    EXPECT_EQ(store_->CountChildrenUpTo(2, id, LinkKind::Owner, "g"), 2);
+    EXPECT_EQ(store_->CountChildrenUpTo(9, id, LinkKind::Owner, "g"), 3);
+    EXPECT_EQ(store_->CountChildrenUpTo(9, id, LinkKind::Owner, "h"), 0);
+    store_->Publish(id, "", false, BY_ANN);
+    store_->CheckOut(id, "", BY_BOB);
+    EXPECT_THAT(ChildrenOf(id, LinkKind::Owner, {}, 2, BOB), IsEmpty());
+    EXPECT_EQ(store_->CountChildrenUpTo(9, id, LinkKind::Owner, "g"), 3);
 }
 
 TEST_F(LibraryRevisions, SeenRevisionTellsOfDeletedOnesToo) {
