@@ -87,6 +87,26 @@ std::filesystem::path SampleLibrary::CopyForFloor() {
     return copy;
 }
 
+const std::vector<kxudm::UDMItemHandle>& SampleLibrary::Handles() {
+    if (_handles.empty()) {
+        _handles.reserve(_uids.size());
+        for (const kxString& uid : _uids) {
+            _handles.push_back(_session->GetUDMItemHandle(uid));
+        }
+    }
+    return _handles;
+}
+
+kxct::DefaultItemManager& SampleLibrary::FullManager() {
+    if (!_fullManager) {
+        _fullManager = std::make_unique<kxct::DefaultItemManager>(_session, nullptr);
+        for (const kxudm::UDMItemHandle& handle : Handles()) {
+            _fullManager->CreateItem(handle);
+        }
+    }
+    return *_fullManager;
+}
+
 const kxString& SampleLibrary::ProjectWith(std::int64_t count) {
     for (const auto& [size, uid] : _projects) {
         if (size == count) {

@@ -5,6 +5,7 @@
 // name, displayname and ATTRIBUTES.
 #pragma once
 
+#include <kxct/DefaultItemManager.h>
 #include <kxct/UDMDBCtrl.h>
 #include <kxctinterfaces/Controller.h>
 #include <kxctinterfaces/Item.h>
@@ -13,6 +14,8 @@
 #include <array>
 #include <cstdint>
 #include <filesystem>
+#include <memory>
+#include <utility>
 #include <vector>
 
 #include "Host.h"
@@ -47,6 +50,10 @@ class SampleLibrary {
     // A fresh copy of the library's file, for floors that write.
     std::filesystem::path CopyForFloor();
 
+    // Handles of all simulations, in the order of Uids(), and a manager that has their items; made
+    // on first use and kept.
+    const std::vector<kxudm::UDMItemHandle>& Handles();
+    kxct::DefaultItemManager& FullManager();
     // A project that owns `count` simulations in its group "simulations"; made on first use.
     const kxString& ProjectWith(std::int64_t count);
 
@@ -59,6 +66,8 @@ class SampleLibrary {
     kxct::UDMDBCtrl* _session;
     std::vector<kxString> _uids;
     std::vector<std::pair<std::int64_t, kxString>> _projects;
+    std::vector<kxudm::UDMItemHandle> _handles;
+    std::unique_ptr<kxct::DefaultItemManager> _fullManager;
     int _copies = 0;
 };
 

@@ -2,42 +2,76 @@
 #include <kxct/ItemImpl.h>
 #include <kxudm/UDMItemHandle.h>
 
-#include <iterator>
+#include <algorithm>
+#include <bit>
+#include <functional>
+#include <string_view>
 #include <utility>
 
 namespace kxct {
+
+namespace {
+
+size_t HashOf(std::string_view key) {
+    return std::hash<std::string_view>()(key);
+}
+
+// The upper half of a hash; never 0, which stands for no entry.
+uint32_t TagOf(size_t hash) {
+    return static_cast<uint32_t>(hash >> 32) | 1;
+}
+
+}  // namespace
 
 Item* Cache::Add(const kxString& key, Item*& item) {
     return m_items.try_emplace(key, item).first->second;
 }
 
-Cache::Items::const_iterator Cache::_Search(const kxString& key) const {
-    const auto end = m_items.end();
-    if (m_items.empty() || m_items.rbegin()->first < key) {
-        return end;
-    }
-    if (m_run.inOrder) {
-        const auto next = std::next(m_run.last);
-        if (next != end && next->first == key) {
-            return m_run.last = next;
+const Cache::Entry* Cache::_Search(const kxString& key) const {
+    const size_t hash = HashOf(key);
+    if (!m_shortcuts.buckets.empty()) {
+        const Bucket& bucket = m_shortcuts.buckets[hash & (m_shortcuts.buckets.size() - 1)];
+        for (const int i : {0, 1}) {
+            if (bucket.tags[i] == TagOf(hash) && bucket.entries[i]->first == key) {
+                return bucket.entries[i];
+            }
         }
-        m_run.inOrder = false;
     }
     const auto found = m_items.find(key);
-    if (found != end) {
-        // Looking whether a run has begun costs, so not each time.
-        if (m_run.known && ++m_run.searches % 8 == 0) {
-            m_run.inOrder = std::next(m_run.last) == found;
-        }
-        m_run.last = found;
-        m_run.known = true;
+    if (found == m_items.end()) {
+        return nullptr;
     }
-    return found;
+    _Note(hash, *found);
+    return &*found;
+}
+
+void Cache::_Note(size_t hash, const Entry& entry) const {
+    auto& buckets = m_shortcuts.buckets;
+    if (buckets.size() * 2 < m_items.size()) {
+        buckets.assign(std::bit_ceil(std::max<size_t>(m_items.size(), 16)) / 2, Bucket());
+    }
+    Bucket& bucket = buckets[hash & (buckets.size() - 1)];
+    const int i = bucket.tags[0] != 0 ? 1 : 0;
+    bucket.tags[i] = TagOf(hash);
+    bucket.entries[i] = &entry;
+}
+
+void Cache::_Erase(Items::iterator entry) {
+    if (!m_shortcuts.buckets.empty()) {
+        const size_t hash = HashOf(entry->first);
+        Bucket& bucket = m_shortcuts.buckets[hash & (m_shortcuts.buckets.size() - 1)];
+        for (const int i : {0, 1}) {
+            if (bucket.entries[i] == &*entry) {
+                bucket.tags[i] = 0;
+            }
+        }
+    }
+    m_items.erase(entry);
 }
 
 bool Cache::Find(const kxString& key, Item*& item) const {
-    const auto found = _Search(key);
-    if (found == m_items.end() || !found->second) {
+    const Entry* found = _Search(key);
+    if (!found || !found->second) {
         return false;
     }
     item = found->second;
@@ -61,15 +95,19 @@ bool Cache::Get(Item* candidate, Item*& item) {
 }
 
 bool Cache::Drop(const kxString& key) {
-    m_run = Run();
-    return m_items.erase(key) != 0;
+    const auto entry = m_items.find(key);
+    if (entry == m_items.end()) {
+        return false;
+    }
+    _Erase(entry);
+    return true;
 }
 
 void Cache::Clear() {
     for (const auto& [key, item] : m_items) {
         delete item;
     }
-    m_run = Run();
+    m_shortcuts.buckets.clear();
     m_items.clear();
 }
 
@@ -103,8 +141,7 @@ bool Cache::Update(const kxString& oldKey, Item* item, const kxString& newKey, I
     *static_cast<ItemImpl*>(item) = *static_cast<const ItemImpl*>(other);
     if (newKey != oldKey) {
         Add(newKey, item);
-        m_run = Run();
-        m_items.erase(entry);
+        _Erase(entry);
     }
     return true;
 }

@@ -2,9 +2,8 @@
 //
 // Ownership: only Clear() deletes items. The destructor, Drop() and the losers of Add() and Get()
 // leave them alone, since somebody may still hold the pointer.
-// Cost: each operation is one or two look-ups in an ordered map, less where they come in the order
-// of the keys; finding allocates nothing.
-// Threads: the one of the manager.
+// Cost: each operation is one or two look-ups in an ordered map, a repeated one mostly a look at
+// one bucket. Threads: the one of the manager.
 #pragma once
 
 #include <kxct/kxct_export.h>
@@ -13,6 +12,8 @@
 #include <kxutl/kxString.h>
 
 #include <cstddef>
+#include <cstdint>
+#include <vector>
 
 namespace kxudm {
 class UDMItemHandle;
@@ -55,25 +56,31 @@ class KXCT_EXPORT Cache {
   private:
     using Items = kxStlMap<kxString, Item*>;
 
-    // Where the last search ended, as long as searches go from one entry to the next, as they do
-    // when a listing is asked for again. A copy begins anew.
-    struct Run {
-        Run() = default;
-        Run(const Run&) {}
-        Run& operator=(const Run&) {
-            inOrder = known = false;
+    using Entry = Items::value_type;
+
+    // Two entries whose keys have hashes that lead here, each with the rest of its hash.
+    struct Bucket {
+        uint32_t tags[2] = {};
+        const Entry* entries[2] = {};
+    };
+    // Ways to entries that were searched for before. What is not here may still be in the map. A
+    // copy begins empty.
+    struct Shortcuts {
+        Shortcuts() = default;
+        Shortcuts(const Shortcuts&) {}
+        Shortcuts& operator=(const Shortcuts&) {
+            buckets.clear();
             return *this;
         }
-        Items::const_iterator last;
-        bool known = false;
-        bool inOrder = false;
-        unsigned int searches = 0;
+        std::vector<Bucket> buckets;
     };
 
-    Items::const_iterator _Search(const kxString& key) const;
+    const Entry* _Search(const kxString& key) const;
+    void _Note(size_t hash, const Entry& entry) const;
+    void _Erase(Items::iterator entry);
 
     Items m_items;
-    mutable Run m_run;
+    mutable Shortcuts m_shortcuts;
 };
 
 }  // namespace kxct

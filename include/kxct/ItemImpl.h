@@ -124,10 +124,10 @@ class KXCT_EXPORT ItemImpl : public Item {
 
     ItemManager* m_manager = nullptr;
     UDMDBCtrl* m_session = nullptr;
+    kxudm::UDMItemHandle m_handle;
     // The key of the item in its manager's cache.
     kxString m_uid;
     ItemRenderState m_renderState = RENDER_NONE;
-    kxudm::UDMItemHandle m_handle;
     // How many views show the item as a child.
     uint32_t m_useCount = 0;
 };

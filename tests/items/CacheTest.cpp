@@ -95,6 +95,52 @@ TEST_F(CacheTest, DropTakesTheEntryOutAndKeepsTheItem) {
     EXPECT_TRUE(deaths.empty());
 }
 
+TEST_F(CacheTest, AnItemThatWasFoundIsNotFoundOnceItIsDropped) {
+    const std::unique_ptr<Item> item(Make("a"));
+    Item* pointer = item.get();
+    cache.Add("a", pointer);
+    Item* found = nullptr;
+    EXPECT_TRUE(cache.Find("a", found));
+    EXPECT_TRUE(cache.Find("a", found));
+    EXPECT_TRUE(cache.Drop("a"));
+    EXPECT_FALSE(cache.Find("a", found));
+}
+
+TEST_F(CacheTest, ManyItemsAreFoundAgainWhileOthersComeAndGo) {
+    std::map<std::string, Item*> expected;
+    std::vector<std::unique_ptr<Item>> dropped;
+    for (int i = 0; i < 2000; ++i) {
+        const std::string key = "uid" + std::to_string(i * 7919 % 2000);
+        expected[key] = Make(key);
+        cache.Add(key, expected[key]);
+        Item* found = nullptr;
+        EXPECT_TRUE(cache.Find(key, found));
+        if (i % 3 == 0) {
+            dropped.emplace_back(expected.begin()->second);
+            EXPECT_TRUE(cache.Drop(expected.begin()->first));
+            expected.erase(expected.begin());
+        }
+    }
+    for (int i = 0; i < 2000; ++i) {
+        const std::string key = "uid" + std::to_string(i);
+        Item* found = nullptr;
+        EXPECT_EQ(cache.Find(key, found), expected.count(key) != 0) << key;
+        EXPECT_EQ(found, expected.count(key) != 0 ? expected[key] : nullptr) << key;
+    }
+}
+
+TEST_F(CacheTest, ACopyFindsWhatTheOriginalHasDroppedSince) {
+    const std::unique_ptr<Item> item(Make("a"));
+    Item* pointer = item.get();
+    cache.Add("a", pointer);
+    Item* found = nullptr;
+    EXPECT_TRUE(cache.Find("a", found));
+    Cache copy(cache);
+    EXPECT_TRUE(cache.Drop("a"));
+    EXPECT_TRUE(copy.Find("a", found));
+    EXPECT_FALSE(cache.Find("a", found));
+}
+
 TEST_F(CacheTest, ClearDeletesTheItemsInTheOrderOfTheirKeys) {
     for (const char* uid : {"b", "a", "ab", "B"}) {
         Item* item = Make(uid);
