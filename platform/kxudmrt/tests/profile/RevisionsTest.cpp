@@ -1,5 +1,6 @@
 // The rows of the life of an entity, S4 to S11, as two users and two workspaces see them.
 #include "Revisions.h"
+#include "store/LibraryStore.h"
 
 namespace kxudm::test {
 namespace {
@@ -420,6 +421,35 @@ TEST_F(Revisions, StepsOfABulkEditAreTakenBackTogether) {
         bulk.Commit();
     }
     EXPECT_EQ(NewestNumber(bob, part), 2);
+}
+
+// A step that fails at its very end, when all of it has been done but for the journal.
+TEST_F(Revisions, AStepThatFailsAtItsEndLeavesLibraryAndHandlesAsTheyWere) {
+    const UDMItemHandle one = Publish(ann, part);
+    const UDMItemHandle other = CheckOut(ann, Published(ann, "Other"));
+    ann->SetAttributeValue(other, "mass", 7.0);
+    const UDMItemHandle fresh = ann->CreateEntity("Part", "Fresh");
+    const auto told = Listen(ann);
+    const auto execute = [&](const std::string& script) {
+        store::LibraryStore::Open(library.File())->Connection().Execute(script);
+    };
+    execute("CREATE TRIGGER fail BEFORE INSERT ON journal BEGIN SELECT raise(ABORT, 'no'); END");
+    EXPECT_THROW(ann->Checkout(one, ""), UDMException);
+    EXPECT_THROW(ann->PersistEntity(other, "", true, true, true), UDMException);
+    EXPECT_THROW(ann->UndoCheckout(other), UDMException);
+    EXPECT_THROW(ann->PersistEntity(fresh, "", false, true, true), UDMException);
+    EXPECT_THROW(ann->SaveEntity(fresh, "", true), UDMException);
+    EXPECT_THAT(told->Take(), IsEmpty());
+    EXPECT_EQ(NewestNumber(ann, part), 1);
+    EXPECT_TRUE(other.IsEditable());
+    EXPECT_EQ(other.GetAttributeValue("mass"), kxVariant(7.0));
+    EXPECT_EQ(Newest(ann, other).GetUID(), other.GetUID());
+    EXPECT_TRUE(fresh.IsEditable());
+    EXPECT_FALSE(Sees(bob, Base(fresh)));
+    execute("DROP TRIGGER fail");
+    EXPECT_EQ(CheckOut(ann, one).GetRevision(), 2);
+    EXPECT_EQ(Publish(ann, other).GetRevision(), 2);
+    EXPECT_EQ(Publish(ann, fresh).GetRevision(), 1);
 }
 
 TEST_F(Revisions, ARenameInAWorkingRevisionIsSeenByAllBecauseTheNameIsTheEntitys) {
