@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# Builds the release preset, runs every benchmark beside its floor and prints the table of
-# docs/figures.md: operation, size, floor, ours, ratio, budget.
+# Builds the release preset, runs every benchmark beside its floor and prints a table:
+# operation, size, floor, ours, ratio, budget.
 #
 #   scripts/bench.sh                 all of it, nine interleaved repetitions, about ten minutes
 #   scripts/bench.sh -r 3            three repetitions
