@@ -25,10 +25,10 @@ kxString RevisionedUid(std::string_view base, int revision) {
 }  // namespace
 
 EntityState::EntityState(boost::shared_ptr<SessionLink> link, store::EntityRow&& row, bool complete)
-    : _link(std::move(link)),
+    : _uid(RevisionedUid(row.uid, row.revision)),
+      _link(std::move(link)),
       _definition(_link->catalogue->Find(row.definition)),
       _id(row.id),
-      _uid(RevisionedUid(row.uid, row.revision)),
       _revision(row.revision),
       _baseLength(static_cast<unsigned short>(row.uid.size())) {
     if (_definition == nullptr) {
@@ -40,8 +40,8 @@ EntityState::EntityState(boost::shared_ptr<SessionLink> link, store::EntityRow&&
 }
 
 EntityState::EntityState(boost::shared_ptr<SessionLink> link, const kxString& baseUid, int revision)
-    : _link(std::move(link)),
-      _uid(RevisionedUid(baseUid, revision)),
+    : _uid(RevisionedUid(baseUid, revision)),
+      _link(std::move(link)),
       _revision(revision),
       _baseLength(static_cast<unsigned short>(baseUid.size())),
       _freshness(Freshness::Gone) {}

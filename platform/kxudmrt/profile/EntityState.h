@@ -95,9 +95,6 @@ class EntityState final : public spi::ItemState,
     void SetStale();
     void SetGone();
 
-    // Next state of the same entity, for the cache.
-    EntityState* next = nullptr;
-
   private:
     enum class Freshness : unsigned char { Current, Stale, Gone };
 
@@ -121,10 +118,11 @@ class EntityState final : public spi::ItemState,
     bool ComputedValue(std::string_view name, kxVariant& value) const;
     bool DetailValue(std::string_view name, kxVariant& value) const;
 
+    // First, beside what makes it a state: nearly all that is asked of many states at once.
+    kxString _uid;  // with its revision
     boost::shared_ptr<SessionLink> _link;
     const catalogue::ContentDefinition* _definition = nullptr;
     store::EntityId _id = 0;
-    kxString _uid;  // with its revision
     // Name, display name unless it is the same, packed attributes: one block of memory, because a
     // session holds very many states.
     std::string _texts;
@@ -146,6 +144,10 @@ class EntityState final : public spi::ItemState,
     bool _listed = false;
     bool _complete = false;  // the attributes are there
     bool _neverPublished = false;
+
+  public:
+    // Next state of the same entity, for the cache.
+    EntityState* next = nullptr;
 };
 
 }  // namespace kxudm::profile
