@@ -97,17 +97,30 @@ class KXUDMRT_EXPORT IUDMProfile {
 
     // --- The life of revisions -----------------------------------------------------------------
 
-    // Publishes. `keep`: stays checked out at the next working revision.
+    // A versioned entity has a working revision, of one user in one workspace, or it is published;
+    // docs/data-model.md has the steps as a table. All of them do nothing to an unversioned one. An
+    // entity that somebody else has checked out is an error that names who, where and since when. A
+    // failed step leaves everything as it was.
+
+    // Publishes this working revision, with files and links whatever the flags say; 0 becomes 1.
+    // `keep`: stays checked out at the next working revision. An empty comment leaves the one that
+    // is there. Throws, naming what is missing, without a mandatory attribute or a group's minimum.
+    // Survives a loss of power.
     virtual void PersistEntity(const UDMItemHandle& handle,
                                const kxString& comment,
                                bool keep,
                                bool withFiles,
                                bool withLinks) = 0;
-    // Records a save point of the working revision.
+    // Records a save point of this working revision, with comment, time and user.
     virtual void SaveEntity(const UDMItemHandle& handle,
                             const kxString& comment,
                             bool withFiles) = 0;
+    // Drops the entity's working revision with all that was done in it; handles of it are dead from
+    // then on. Throws if the entity was never published.
     virtual void UndoCheckout(const UDMItemHandle& handle) = 0;
+    // Of the newest revision: opens the next one for editing, at the same cost for any number of
+    // children. Of an older one: makes a branch of it, which is found through GetHistory; throws if
+    // the definition doesn't allow that.
     virtual void Checkout(const UDMItemHandle& handle, const kxString& comment) = 0;
     virtual void SetDisplayName(const kxString& name, const UDMItemHandle& handle) = 0;
 
@@ -134,8 +147,11 @@ class KXUDMRT_EXPORT IUDMProfile {
 
     // --- History -------------------------------------------------------------------------------
 
+    // A node of the handle's revision with all versions of the entity that the session sees, and
+    // its branches. Never null.
     virtual boost::shared_ptr<UDMHistoryNode> GetHistory(const UDMItemHandle& handle) = 0;
-    // The working revision of this session for the entity; throws where there is none.
+    // The working revision of this session for the entity, whichever of its revisions the handle
+    // is or was of; throws where there is none.
     virtual UDMItemHandle GetWorkingHandle(const UDMItemHandle& handle) = 0;
 
     // --- Files ---------------------------------------------------------------------------------

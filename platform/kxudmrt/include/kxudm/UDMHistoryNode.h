@@ -1,5 +1,9 @@
 // Node of a history tree: one revision of an entity, the versions of that entity and the branches
 // that leave it.
+//
+// The node that GetHistory answers has all versions and all branches. The node of a version has the
+// branches that leave it, that of a branch stands at its newest revision and has no lists: a branch
+// is an entity with a history of its own.
 #pragma once
 
 #include <kxutl/kxStlVector.h>

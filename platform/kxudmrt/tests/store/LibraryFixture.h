@@ -81,8 +81,8 @@ class LibraryFixture : public testing::Test {
         sql::Statement statement(store_->Connection(), text);
         return statement.Step() ? statement.String(0) : "no row";
     }
-    // Publishes a working revision by hand, and opens revision `number` for ANN at her desk: the
-    // life of revisions has no operations here yet, but what is read must obey its tables.
+    // Publishes a working revision by hand, and opens revision `number` for ANN at her desk, for
+    // tests of what is read out of the tables, whoever wrote them.
     void PublishByHand(EntityId id, int number) {
         const std::string entity = std::to_string(id);
         store_->Connection().Execute(

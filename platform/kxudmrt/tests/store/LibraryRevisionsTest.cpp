@@ -329,6 +329,30 @@ TEST_F(LibraryRevisions, ABranchIsANewEntityWithWhatTheRevisionHad) {
     EXPECT_EQ(details.vault, "big");
 }
 
+TEST_F(LibraryRevisions, ABranchTakesNoChildThatHasFoundItsOneOwner) {
+    const EntityId child = Published("C");
+    const EntityId gone = Published("Gone");
+    const EntityId id = Working("P");
+    Link(id, child, LinkKind::Owner, 0);
+    Link(id, child, LinkKind::Reference, 0);
+    Link(id, gone, LinkKind::Reference, 0);
+    store_->Publish(id, "", false, BY_ANN);
+    store_->CheckOut(id, "", BY_ANN);
+    EXPECT_EQ(store_->RemoveLink(id, child, LinkKind::Owner, {}, 2, BY_ANN), 1);
+    store_->Publish(id, "", false, BY_ANN);
+    const EntityId owner = Working("O");
+    Own(owner, child);
+    store_->Delete(gone, BY_ANN);
+    const EntityId branch = store_->Branch(id, 1, "B", BY_BOB);
+    EXPECT_THAT(ChildrenOf(branch, LinkKind::Owner, {}, 0, BOB), IsEmpty());
+    EXPECT_THAT(ChildrenOf(branch, LinkKind::Reference, {}, 0, BOB), ElementsAre("C"));
+    EXPECT_EQ(Ask("SELECT count(*) FROM link WHERE first = " + std::to_string(branch)), "1");
+    // An owner that is deleted owns nothing any more.
+    store_->Connection().Execute("UPDATE entity SET deleted = 9 WHERE uid = 'O'");
+    const EntityId next = store_->Branch(id, 1, "B2", BY_BOB);
+    EXPECT_THAT(ChildrenOf(next, LinkKind::Owner, {}, 0, BOB), ElementsAre("C"));
+}
+
 TEST_F(LibraryRevisions, BranchesAreListedInTheOrderOfTheirCreationToWhomSeesThem) {
     const EntityId id = Published("P");
     store_->CheckOut(id, "", BY_ANN);
