@@ -118,11 +118,15 @@ void Connection::OpenFile() {
 
 // Before anything is written: the file may belong to somebody else.
 void Connection::CheckApplication() {
-    const std::int64_t id = Number("PRAGMA application_id");
-    if (id == options_.applicationId) {
+    std::int64_t id = Number("PRAGMA application_id");
+    if (id == 0 && Number("SELECT count(*) FROM sqlite_schema") == 0) {
         return;
     }
-    if (id != 0 || Number("SELECT count(*) FROM sqlite_schema") != 0) {
+    if (id == 0) {
+        // Another process may have made the file what it is since the first look.
+        id = Number("PRAGMA application_id");
+    }
+    if (id != options_.applicationId) {
         throw Error(ErrorKind::NotDatabase,
                     "'" + place_.file + "' is an SQLite file, but no " + place_.what +
                         "; name a file that this program has made");
