@@ -71,6 +71,10 @@ function budget_of(operation) {
   if (operation ~ /^bulk creation/) return "2"
   return "-"
 }
+function size_of(key, piece) {
+  split(key, piece, "|")
+  return piece[2] + 0
+}
 function text_of(nanoseconds) {
   if (nanoseconds < 1000) return sprintf("%.0f ns", nanoseconds)
   if (nanoseconds < 1000000) return sprintf("%.2f us", nanoseconds / 1000)
@@ -93,8 +97,16 @@ match($0, /^"[^"]*_median"/) {
   time = field[3] * scale[field[4]]
   # Rounds of many are told per item.
   if (field[6] != "") time = 1000000000 / field[6]
-  if (part[2] == "floor") { floor[key] = time; if (!(key in seen)) { order[++count] = key; seen[key] } }
-  else ours[key] = time
+  if (part[2] == "ours") {
+    ours[key] = time
+    next
+  }
+  floor[key] = time
+  # Operations as they come, each with its smaller size first.
+  at = ++count
+  for (; at > 1 && index(order[at - 1], part[1] "|") == 1 && size_of(order[at - 1]) > part[3]; at--)
+    order[at] = order[at - 1]
+  order[at] = key
 }
 END {
   for (i = 1; i <= count; i++) {
