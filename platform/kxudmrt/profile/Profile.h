@@ -6,13 +6,14 @@
 
 #include <kxudm/IUDMProfile.h>
 #include <kxudm/spi/IBulkEdit.h>
+#include <kxudm/spi/IProgressSource.h>
 
 #include "profile/Groups.h"
 #include "profile/Session.h"
 
 namespace kxudm::profile {
 
-class Profile final : public IUDMProfile, public spi::IBulkEdit {
+class Profile final : public IUDMProfile, public spi::IBulkEdit, public spi::IProgressSource {
   public:
     explicit Profile(boost::shared_ptr<Session> session) : _session(std::move(session)) {}
     ~Profile() override;
@@ -75,6 +76,8 @@ class Profile final : public IUDMProfile, public spi::IBulkEdit {
     void BeginBulk() override;
     void CommitBulk() override;
     void RollbackBulk() noexcept override;
+    IUDMProgressListener* SetProgressListener(IUDMProgressListener* listener) noexcept override;
+    [[nodiscard]] IUDMProgressListener* ProgressListener() const noexcept override;
 
     // The life of revisions: ProfileRevisions.cpp
     void PersistEntity(const UDMItemHandle& handle,

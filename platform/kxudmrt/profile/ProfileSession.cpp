@@ -49,4 +49,14 @@ void Profile::RollbackBulk() noexcept {
     _session->RollbackBulk();
 }
 
+IUDMProgressListener* Profile::SetProgressListener(IUDMProgressListener* listener) noexcept {
+    IUDMProgressListener* const before = _session->ProgressListener();
+    _session->SetProgressListener(listener);
+    return before;
+}
+
+IUDMProgressListener* Profile::ProgressListener() const noexcept {
+    return _session->ProgressListener();
+}
+
 }  // namespace kxudm::profile

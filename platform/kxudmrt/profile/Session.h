@@ -16,6 +16,7 @@
 #pragma once
 
 #include <kxudm/UDMItemHandle.h>
+#include <kxudm/UDMProgress.h>
 
 #include <boost/smart_ptr/enable_shared_from_this.hpp>
 #include <boost/smart_ptr/make_shared.hpp>
@@ -125,6 +126,12 @@ class Session : public boost::enable_shared_from_this<Session> {
     void RollbackBulk() noexcept;
     [[nodiscard]] bool InBulk() const { return _bulk != nullptr; }
 
+    // --- Progress of long operations ---
+
+    // Null if nobody listens.
+    [[nodiscard]] IUDMProgressListener* ProgressListener() const { return _progress; }
+    void SetProgressListener(IUDMProgressListener* listener) { _progress = listener; }
+
   private:
     friend class Operation;
 
@@ -149,6 +156,7 @@ class Session : public boost::enable_shared_from_this<Session> {
     Listings _listings;
     SlotList _slots;
     std::unique_ptr<Bulk> _bulk;
+    IUDMProgressListener* _progress = nullptr;
     std::int64_t _seen = 0;  // last journal entry taken in
     std::uint32_t _linkEpoch = 1;
 };
