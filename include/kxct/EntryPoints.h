@@ -16,6 +16,11 @@ struct Tcl_Interp;
 namespace kxct {
 class Factory;
 }
+namespace kxlm {
+class iLibraryManagerResponder;
+class iMessageLogger;
+class iSettings;
+}  // namespace kxlm
 namespace ui::browser {
 class IManager;
 }
@@ -35,4 +40,18 @@ KXCT_EXPORT int Kxct_SafeInit(Tcl_Interp* interp);
 
 // See kxct::KXCTFramework::SetUIBrowserManager.
 KXCT_EXPORT void Kxct_SetUIBrowserManager(ui::browser::IManager* manager);
+
+// A logger for the host's library manager; the caller deletes it. With `mode` 0 it appends lines to
+// the file that the setting "KXEDMLogFilePath" names, from the message type "KXEDMLogLevel" on (0
+// if that is no number). With any other mode it hands errors to the host's file manager. A file
+// that can't be opened gives a logger that writes nothing. `settings` is read during the call only
+// and may not be null.
+KXCT_EXPORT kxlm::iMessageLogger* KXCT_CreateLogger(int mode, kxlm::iSettings* settings);
+
+// Who answers the questions of the host's library manager; the caller deletes it. It asks the Tcl
+// procedure that the setting "ResponderTclProcedure" names, of the package "ResponderTclPackage",
+// which is loaded here if Kxct_Init was called before. With `batchMode` not 0 it answers "Yes"
+// by itself. `settings` as above.
+KXCT_EXPORT kxlm::iLibraryManagerResponder* KXCT_CreateResponder(int batchMode,
+                                                                 kxlm::iSettings* settings);
 }

@@ -38,6 +38,8 @@ TEST(EntryPoints, InitAndSafeInitAreOneFunction) {
 TEST(EntryPoints, PlainNamesAreExported) {
     EXPECT_NE(dlsym(RTLD_DEFAULT, "CreateFactory"), nullptr);
     EXPECT_NE(dlsym(RTLD_DEFAULT, "Kxct_SetUIBrowserManager"), nullptr);
+    EXPECT_NE(dlsym(RTLD_DEFAULT, "KXCT_CreateLogger"), nullptr);
+    EXPECT_NE(dlsym(RTLD_DEFAULT, "KXCT_CreateResponder"), nullptr);
 }
 
 TEST(EntryPoints, AfterInitTheHostsInterpreterIsTheOneThatTclLeadsTo) {
