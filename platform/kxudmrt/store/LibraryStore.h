@@ -1,4 +1,4 @@
-// One library: entities, their revisions, links between them, and the journal of changes.
+// One library: entities, their revisions and files, links between them, and the journal of changes.
 //
 // Layer: store. Stands on sql/, knows no sessions, notifications or content definitions: what a
 // definition allows is checked above, and who is looking comes in as a Viewer. A store belongs to
@@ -171,6 +171,28 @@ class LibraryStore {
     void MovedPlaces(EntityId id, int working, std::vector<MovedPlace>& out);
     // Number of the revision that the viewer sees, or saw before the entity was deleted.
     [[nodiscard]] int SeenRevision(EntityId id, const Viewer& viewer);
+
+    // --- Files ---
+
+    // Each changes one revision, which must be an editable one (else an error), and stamps it. What
+    // a row names must be stored durably before its transaction commits.
+
+    // False, with nothing done, if the revision has a file of that name.
+    [[nodiscard]] bool AddFile(EntityId id, int revision, const FileRow& file, const Stamp& stamp);
+    // Takes the place of the file of that name; false if there was none, the file is then added.
+    bool ReplaceFile(EntityId id, int revision, const FileRow& file, const Stamp& stamp);
+    // Older revisions keep it. False, with nothing done, if there is none.
+    [[nodiscard]] bool RemoveFile(EntityId id,
+                                  int revision,
+                                  std::string_view name,
+                                  const Stamp& stamp);
+    // In the byte order of their names; `out` is appended to.
+    void Files(EntityId id, int revision, std::vector<FileRow>& out);
+    bool FindFile(EntityId id, int revision, std::string_view name, FileRow& file);
+    // Whether any revision of any entity, deleted ones too, has this external file. Looks at all.
+    [[nodiscard]] bool IsExternalSomewhere(std::string_view path);
+    // Vault directories that files or entities name beside the common one. Looks at all.
+    [[nodiscard]] std::vector<std::string> Vaults();
 
     // --- Links ---
 

@@ -84,6 +84,20 @@ struct EntityDetails {
     std::string comment = {};
 };
 
+// A file of a revision: a content of a vault or, with a path of its own, an external one.
+struct FileRow {
+    std::string name = {};
+    std::string hash = {};  // empty: external
+    std::int64_t size = 0;
+    Microseconds modified = 0;  // of the file when it was added
+    Microseconds added = 0;     // given by the store
+    bool isText = false;
+    std::string externalPath = {};
+    std::string vault = {};  // as EntityDetails::vault, when it was added
+
+    [[nodiscard]] bool IsExternal() const { return hash.empty(); }
+};
+
 struct NewEntity {
     std::string_view uid = {};
     std::string_view definition = {};

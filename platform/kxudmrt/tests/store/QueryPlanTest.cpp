@@ -1,5 +1,6 @@
 // Every statement that a session runs often is served by an index and in the index's order.
 #include "LibraryFixture.h"
+#include "store/FileStatements.h"
 #include "store/RevisionStatements.h"
 
 using namespace kxudm::store;
@@ -114,6 +115,11 @@ INSTANTIATE_TEST_SUITE_P(
         Named(statements::BRANCH_LINKS),
         Named(statements::BRANCH_FILES),
         Named(statements::BRANCH_VAULT),
+        Named(statements::FILES),
+        Named(statements::FIND_FILE),
+        Named(statements::DROP_FILE),
+        Named(statements::END_FILE),
+        Named(statements::TOUCH_EDITABLE),
         Named(statements::MOVED_PLACES),
         Named(statements::SEEN_REVISION),
         Named(statements::ANY_OWNER),
