@@ -20,6 +20,10 @@
 
 namespace kxct {
 
+// HasParent.
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Woverloaded-virtual"
+
 class KXCT_EXPORT ContentItem : public ItemImpl {
   public:
     using ItemImpl::RetrieveFilesIntoFolder;
@@ -144,5 +148,7 @@ class KXCT_EXPORT ContentItem : public ItemImpl {
     // Group name to group item. Not owned: they are cached items of the same manager.
     kxStlMap<kxString, Item*> m_groups;
 };
+
+#pragma GCC diagnostic pop
 
 }  // namespace kxct

@@ -97,7 +97,11 @@ class KXCT_EXPORT ItemImpl : public Item {
                      const ItemFilterList& filters) override;
     bool HasChildren(const kxString& group) override;
     bool HasChildren() override;
+    // ContentItem hides it on purpose, which g++ reports here.
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Woverloaded-virtual"
     bool HasParent() const override;
+#pragma GCC diagnostic pop
     Item* GetParent(bool flag) override;
     size_t GetParents(kxStlVector<Item*>& parents, const kxString& relation, bool flag) override;
     ItemRenderState GetRenderState() override;

@@ -6,9 +6,8 @@
 // Values cross as follows, in both directions:
 // - booleans, integers of 64 bits, floats and doubles as Tcl's numbers, exactly;
 // - text as Tcl's text: NUL bytes and characters beyond the basic plane are translated to Tcl's
-// form
-//   and back, and every other byte passes unchanged, also where it is not UTF-8, as long as the
-//   script hands the text on without changing it;
+//   form and back, and every other byte passes unchanged, also where it is not UTF-8, as long as
+//   the script hands the text on without changing it;
 // - lists of texts as Tcl lists;
 // - pointers as the text that kxPointerRegistry makes, accepted back only while it is known there.
 //
