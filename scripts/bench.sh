@@ -49,7 +49,8 @@ echo
 
 # Each operation in a process of its own: what one does to the heap is nothing to the next.
 operations=("item from the cache" "item by UID" "children, first time" "children, again"
-            "attribute edit" "bulk creation, alone" "bulk creation, owned" "open a library")
+            "attribute edit" "check-out and publish" "check-out of a parent" "history"
+            "bulk creation, alone" "bulk creation, owned" "open a library")
 for operation in "${operations[@]}"; do
   [[ $filter == . || $operation =~ $filter ]] || continue
   "$build/bin/kxct_bench" --benchmark_filter="^$operation/" --benchmark_format=csv \
@@ -68,6 +69,7 @@ function budget_of(operation) {
   if (operation == "children, first time") return "2"
   if (operation == "children, again") return "1.5"
   if (operation == "attribute edit") return "1.3"
+  if (operation ~ /^check-out/) return "1.5"
   if (operation ~ /^bulk creation/) return "2"
   return "-"
 }

@@ -73,16 +73,18 @@ inline constexpr NamedStatement MOVE_WORKSPACE_STATE{
     "move workspace state",
     "UPDATE workspace_state SET revision = ?2 WHERE entity = ?1 AND revision = 0"};
 // A child that two would own after this publish: an owner that the viewer ?2, ?3 has checked out
-// has given it up in its working revision only.
+// has given it up in its working revision only. Begins at what was given up and not published yet,
+// which is little, however much is checked out and however many children there are.
 inline constexpr NamedStatement OWNED_TWICE{
     "owned twice",
-    "SELECT c.uid, p.uid FROM entity p CROSS JOIN link e ON e.first = p.id AND e.kind = 1"
+    "SELECT c.uid, p.uid FROM link e INDEXED BY link_ending"
+    " CROSS JOIN entity p ON p.id = e.first AND p.deleted = 0 AND p.working IS NOT NULL"
     " CROSS JOIN link n ON n.second = e.second AND n.kind = 1 AND n.to_rev = " KXUDM_OPEN
-    " AND n.first = ?1 AND n.ending IS NULL CROSS JOIN entity c ON c.id = e.second AND c.deleted = "
-    "0"
-    " WHERE p.lock_user = ?2 AND p.lock_workspace = ?3 AND p.working IS NOT NULL AND p.id <> ?1"
-    " AND p.deleted = 0 AND e.ending IS NOT NULL AND (e.composition = 1 OR n.composition = 1)"
-    " LIMIT 1"};
+    " AND n.first = ?1 AND n.ending IS NULL"
+    " CROSS JOIN entity c ON c.id = e.second AND c.deleted = 0"
+    " WHERE e.ending IS NOT NULL AND e.kind = 1 AND e.first <> ?1"
+    " AND p.lock_user = ?2 AND p.lock_workspace = ?3"
+    " AND (e.composition = 1 OR n.composition = 1) LIMIT 1"};
 
 // --- Undo; ?2 is the working revision's number ---
 
