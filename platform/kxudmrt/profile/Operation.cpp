@@ -1,4 +1,6 @@
+#include <algorithm>
 #include <exception>
+#include <iterator>
 #include <utility>
 
 #include "profile/Bulk.h"
@@ -6,6 +8,19 @@
 #include "profile/Session.h"
 
 namespace kxudm::profile {
+
+std::exception_ptr RunDeeds(std::vector<std::function<void()>>&& deeds) noexcept {
+    std::exception_ptr failure;
+    for (const std::function<void()>& deed : deeds) {
+        try {
+            deed();
+        } catch (...) {
+            failure = failure ? failure : std::current_exception();
+        }
+    }
+    deeds.clear();
+    return failure;
+}
 
 Operation::Operation(Session& session, const char* name, sql::Transaction::Durability durability)
     : _session((session.RequireOpen(name), session.shared_from_this())), _stamp(session.Now()) {
@@ -24,6 +39,8 @@ void Operation::Commit() {
     if (_session->InBulk()) {
         _transaction->Commit();
         _session->_bulk->changes.Append(std::move(_changes));
+        std::move(_deeds.begin(), _deeds.end(), std::back_inserter(_session->_bulk->deeds));
+        _deeds.clear();
     } else {
         const std::int64_t last = _session->WriteJournal(_changes, _stamp);
         _transaction->Commit();
@@ -34,6 +51,10 @@ void Operation::Commit() {
         bearer->SetModified(_stamp);
         _session->TouchLinks();
     }
+    for (const Session::State& changed : _stamped) {
+        changed->SetModified(_stamp);
+    }
+    _failure = RunDeeds(std::move(_deeds));
 }
 
 void Operation::Leave() {
@@ -45,6 +66,9 @@ void Operation::Tell() {
     if (!_session->InBulk()) {
         _session->QueueOwn(_changes);
         _session->TellEverybody();
+    }
+    if (_failure) {
+        std::rethrow_exception(std::exchange(_failure, {}));
     }
 }
 
@@ -135,11 +159,14 @@ void Session::CommitBulk() {
     }
     const auto self = shared_from_this();
     ChangeList changes;
+    std::exception_ptr failure;
     try {
         changes = std::move(_bulk->changes);
         const std::int64_t last = WriteJournal(changes, Now());
         _bulk->transaction.Commit();
+        std::vector<std::function<void()>> deeds = std::move(_bulk->deeds);
         _bulk.reset();
+        failure = RunDeeds(std::move(deeds));
         _seen = last;
     } catch (...) {
         RollbackBulk();
@@ -147,6 +174,9 @@ void Session::CommitBulk() {
     }
     QueueOwn(changes);
     TellEverybody();
+    if (failure) {
+        std::rethrow_exception(failure);
+    }
 }
 
 void Session::RollbackBulk() noexcept {

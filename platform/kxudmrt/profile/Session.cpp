@@ -3,6 +3,7 @@
 #include <boost/smart_ptr/make_shared.hpp>
 #include <charconv>
 #include <cstdio>
+#include <filesystem>
 #include <optional>
 #include <utility>
 
@@ -31,6 +32,12 @@ std::pair<std::string_view, std::string_view> SplitUid(std::string_view uid) {
     return {uid.substr(0, colon), uid.substr(colon)};
 }
 
+std::string BaseDirectoryOf(const SessionOptions& options) {
+    return options.baseDirectory.empty()
+               ? std::filesystem::path(options.libraryFile.c_str()).parent_path().string()
+               : std::string(options.baseDirectory);
+}
+
 }  // namespace
 
 kxString HolderText(const store::EntityRow& row) {
@@ -42,7 +49,9 @@ Session::Session(std::unique_ptr<store::LibraryStore> store, SessionOptions opti
     : _options(std::move(options)),
       _id(core::ProcessUidGenerator().Next()),
       _link(boost::make_shared<SessionLink>()),
-      _store(std::move(store)) {
+      _store(std::move(store)),
+      _vaults(BaseDirectoryOf(_options),
+              _options.files == nullptr ? vault::MachineFiles() : *_options.files) {
     if (_options.clock == nullptr) {
         _options.clock = &core::SystemClock();
     }

@@ -20,11 +20,14 @@
 
 #include <boost/smart_ptr/enable_shared_from_this.hpp>
 #include <boost/smart_ptr/make_shared.hpp>
+#include <exception>
+#include <functional>
 #include <memory>
 #include <vector>
 
 #include "core/Clock.h"
 #include "profile/Change.h"
+#include "profile/LibraryVaults.h"
 #include "profile/Listings.h"
 #include "profile/SlotList.h"
 #include "profile/StateCache.h"
@@ -39,7 +42,9 @@ struct SessionOptions {
     kxString user;
     kxString workspace;
     kxString workspaceDirectory;
-    core::Clock* clock = nullptr;  // the machine's where null
+    kxString baseDirectory;             // the vaults lie there; the library file's where empty
+    core::Clock* clock = nullptr;       // the machine's where null
+    vault::FileLayer* files = nullptr;  // of vaults and documents, the machine's where null
 };
 
 class Session : public boost::enable_shared_from_this<Session> {
@@ -76,6 +81,7 @@ class Session : public boost::enable_shared_from_this<Session> {
     [[nodiscard]] StateCache& States() { return _states; }
     [[nodiscard]] Listings& Listed() { return _listings; }
     [[nodiscard]] SlotList& Slots() { return _slots; }
+    [[nodiscard]] LibraryVaults& Vaults() { return _vaults; }
     [[nodiscard]] const boost::shared_ptr<SessionLink>& Link() const { return _link; }
 
     // --- Entities ---
@@ -155,6 +161,7 @@ class Session : public boost::enable_shared_from_this<Session> {
     StateCache _states;
     Listings _listings;
     SlotList _slots;
+    LibraryVaults _vaults;
     std::unique_ptr<Bulk> _bulk;
     IUDMProgressListener* _progress = nullptr;
     std::int64_t _seen = 0;  // last journal entry taken in
@@ -183,6 +190,11 @@ class Operation {
     // The operation changes which revisions there are of this entity, and its states on the way:
     // without Commit they are read again.
     void Renew(const Session::State& state) { _renewed = state; }
+    // Files of this revision were changed, which stamped it.
+    void NoteStamped(const Session::State& state) { _stamped.push_back(state); }
+    // Done once the change is committed, with a bulk edit at its end: what can't be taken back.
+    // What it throws comes out of Tell, after the slots were told.
+    void AfterCommit(std::function<void()> deed) { _deeds.push_back(std::move(deed)); }
     // The entity that this operation made last has no links until it gets its place.
     void NoteMade(const EntityState& state) { _made = &state; }
     [[nodiscard]] bool HasJustMade(const EntityState& state) const { return _made == &state; }
@@ -199,6 +211,9 @@ class Operation {
     std::unique_ptr<sql::Transaction> _transaction;
     ChangeList _changes;
     std::vector<Session::State> _touched;
+    std::vector<Session::State> _stamped;
+    std::vector<std::function<void()>> _deeds;
+    std::exception_ptr _failure;  // of a deed
     const EntityState* _made = nullptr;
     Session::State _renewed;
 };

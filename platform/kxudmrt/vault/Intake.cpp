@@ -16,11 +16,6 @@ bool IsTextByte(char c) {
     return byte >= 0x20 || (byte >= '\b' && byte <= '\r') || byte == 0x1A || byte == 0x1B;
 }
 
-bool LooksLikeText(std::string_view beginning) {
-    beginning = beginning.substr(0, kTextSample);
-    return std::all_of(beginning.begin(), beginning.end(), IsTextByte);
-}
-
 // A damaged file of the vault must not stand for a content that can be stored afresh.
 bool MayBe(const Entry& entry, std::uint64_t size) {
     return entry.compressed ? entry.storedSize > 0 && entry.storedSize < size
@@ -28,6 +23,11 @@ bool MayBe(const Entry& entry, std::uint64_t size) {
 }
 
 }  // namespace
+
+bool LooksLikeText(std::string_view beginning) {
+    beginning = beginning.substr(0, kTextSample);
+    return std::all_of(beginning.begin(), beginning.end(), IsTextByte);
+}
 
 struct Intake::Pass {
     SourceFile& source;

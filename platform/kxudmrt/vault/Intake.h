@@ -16,6 +16,9 @@
 
 namespace kxudm::vault {
 
+// Whether what begins with these bytes is plain text in an encoding of single bytes, or empty.
+[[nodiscard]] bool LooksLikeText(std::string_view beginning);
+
 struct Incoming {
     Stored stored = {};
     // Whole, still open, not yet flushed; none if the content is in the vault already.

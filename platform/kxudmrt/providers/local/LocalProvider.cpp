@@ -97,7 +97,9 @@ boost::shared_ptr<IUDMProfile> LocalProvider::OpenProfile(const Parameters& para
                                 .user = workspace.user,
                                 .workspace = workspace.name,
                                 .workspaceDirectory = workspace.workingDirectory,
-                                .clock = _options.clock});
+                                .baseDirectory = NormalPath(library.baseDirectory),
+                                .clock = _options.clock,
+                                .files = _options.files});
     // The library's row comes last: without it nothing of the library is there.
     static_cast<void>(master->AddWorkspace(workspace));
     if (!known) {

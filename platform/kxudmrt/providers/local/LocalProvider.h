@@ -6,6 +6,7 @@
 #include <kxudm/spi/IUDMProvider.h>
 
 #include "core/Clock.h"
+#include "vault/FileLayer.h"
 
 namespace kxudm::providers {
 
@@ -14,6 +15,9 @@ struct LocalOptions {
     int busyTimeoutMilliseconds = 10000;
     // The machine's where null; used, not owned.
     core::Clock* clock = nullptr;
+    // Through which vaults and documents are read and written; the machine's where null; used, not
+    // owned.
+    vault::FileLayer* files = nullptr;
 };
 
 class LocalProvider final : public spi::IUDMProvider {
