@@ -43,6 +43,18 @@ TEST_P(QueryPlan, UsesAnIndexAndSortsNothing) {
     EXPECT_THAT(plan, Not(HasSubstr("USE TEMP B-TREE FOR ORDER BY")));
 }
 
+// There are few of them at any time, whereas a user may have very much checked out.
+TEST_F(LibraryFixture, APublishLooksThroughTheLinksThatWaitForTheirEnd) {
+    const std::string plan = Plan(store_->Connection(), statements::OWNED_TWICE.text);
+    EXPECT_THAT(plan, HasSubstr("SCAN e USING INDEX link_ending"));
+    std::size_t scans = 0;
+    for (std::size_t at = plan.find("SCAN"); at != std::string::npos;
+         at = plan.find("SCAN", at + 1)) {
+        ++scans;
+    }
+    EXPECT_EQ(scans, 1U) << plan;
+}
+
 INSTANTIATE_TEST_SUITE_P(
     Statements,
     QueryPlan,
@@ -101,7 +113,6 @@ INSTANTIATE_TEST_SUITE_P(
         Named(statements::CLOSE_FILES),
         Named(statements::MOVE_EXACT),
         Named(statements::MOVE_WORKSPACE_STATE),
-        Named(statements::OWNED_TWICE),
         Named(statements::OWNED_ANEW),
         Named(statements::DROP_REVISION),
         Named(statements::DROP_WORKING_HEADS),
