@@ -9,7 +9,13 @@ namespace {
 
 using store::LinkKind;
 
-void Enter(Operation& operation,
+// What lies in a place is a matter of its newest revision, whichever was given.
+Session::State NewestOf(Session& session, const Session::State& container) {
+    return session.Get(kxString(container->BaseUid()));
+}
+
+void Enter(Session& session,
+           Operation& operation,
            const Session::State& content,
            const Session::State& container,
            LinkKind kind) {
@@ -19,7 +25,7 @@ void Enter(Operation& operation,
                                .revision = content->Revision(),
                                .childIsNew = operation.HasJustMade(*content)},
                               operation.Stamp());
-    operation.Record(Change::Of(SIGNAL_CONTAINER_ENTERED, container)
+    operation.Record(Change::Of(SIGNAL_CONTAINER_ENTERED, NewestOf(session, container))
                          .Private(content->IsPrivate() || container->IsNeverPublished()));
     operation.Touch(content);
 }
@@ -54,7 +60,7 @@ void LeaveContainer(Session& session,
                                    container->Cdef() + " " + container->Uid() +
                                    "; name one that it is under");
     }
-    operation.Record(Change::OfChild(SIGNAL_CONTAINER_LEFT, container, content)
+    operation.Record(Change::OfChild(SIGNAL_CONTAINER_LEFT, NewestOf(session, container), content)
                          .Private(content->IsPrivate() || container->IsNeverPublished()));
     operation.Touch(content);
 }
@@ -84,7 +90,7 @@ void PutIntoFolder(Session& session,
         const Session::State left = session.StateOf(std::move(place.entity), false);
         LeaveContainer(session, operation, content, left, LinkKind::Folder);
     }
-    Enter(operation, content, folder, LinkKind::Folder);
+    Enter(session, operation, content, folder, LinkKind::Folder);
 }
 
 void Classify(Session& session,
@@ -104,7 +110,7 @@ void Classify(Session& session,
                            " already; it can be there once");
     }
     RequireNotBelow(session, *content, *classification, LinkKind::Category);
-    Enter(operation, content, classification, LinkKind::Category);
+    Enter(session, operation, content, classification, LinkKind::Category);
 }
 
 }  // namespace kxudm::profile

@@ -2,7 +2,7 @@
 // concerns, and is queued for this session's slots with handles of this session.
 #include <utility>
 
-#include "profile/Session.h"
+#include "profile/DeletionsTold.h"
 
 namespace kxudm::profile {
 
@@ -12,6 +12,11 @@ constexpr int PORTION = 1000;
 
 kxString WithRevision(const std::string& base, int revision) {
     return kxString(base + ":" + std::to_string(revision));
+}
+
+bool IsOfStructure(SignalOption code) {
+    return code == SIGNAL_CHILD_ADDED || code == SIGNAL_REFERENCE_ADDED ||
+           code == SIGNAL_CONTAINER_ENTERED;
 }
 
 }  // namespace
@@ -48,11 +53,7 @@ void Session::CatchUp() {
             from = entries.size() - before < PORTION ? last : entries.back().sequence;
         }
     });
-    for (const store::JournalEntry& entry : entries) {
-        if (entry.session != _id) {
-            Apply(entry);
-        }
-    }
+    ApplyAll(entries);
     _seen = last;
 }
 
@@ -62,39 +63,49 @@ UDMItemHandle Session::ChildHandle(const store::JournalEntry& entry) {
         child = Find(entry.childUid);
     }
     if (!child) {
-        // Deleted: as this session saw it.
-        const int seen = _store->SeenRevision(entry.child, Viewer());
-        const int number = seen == store::NO_REVISION ? entry.revision : seen;
-        child = _states.Revision(entry.childUid, number);
-        if (!child) {
-            child = boost::make_shared<EntityState>(_link, entry.childUid, number);
-        }
+        child = SeenOfDeleted(*this, entry.child);
+    }
+    if (!child) {
+        child = boost::make_shared<EntityState>(_link, entry.childUid, entry.revision);
     }
     return UDMItemHandle(child);
 }
 
-void Session::ApplyDeletion(const store::JournalEntry& entry) {
-    store::DeletedRow gone;
-    gone.id = entry.entity;
-    gone.uid = entry.entityUid;
-    QueueDeletion(gone);
+// What was purged before this session heard of its deletion has no UID any more.
+store::DeletedRow Session::DeletedRowOf(const store::JournalEntry& entry) const {
+    store::DeletedRow row;
+    row.id = entry.entity;
+    row.uid = entry.entityUid;
+    if (row.uid.empty()) {
+        _states.ForEach([&](const EntityState& state) {
+            if (state.Id() == row.id) {
+                row.uid = state.BaseUid();
+            }
+        });
+    }
+    return row;
 }
 
-// One record for each revision that the session has seen, the newest one for it in any case.
-void Session::QueueDeletion(const store::DeletedRow& gone) {
-    const int newest = _store->SeenRevision(gone.id, Viewer());
-    bool newestTold = newest == store::NO_REVISION;
-    for (EntityState* state = _states.Chain(gone.uid); state != nullptr; state = state->next) {
-        state->SetGone();
-        newestTold = newestTold || state->Revision() == newest;
-        if (!_slots.Empty()) {
-            _slots.Queue(UDMProfileUpdate::OfDeletion(UDMUID(state->Uid())));
+void Session::ApplyAll(const std::vector<store::JournalEntry>& entries) {
+    // Deletions that follow each other are told as one.
+    std::vector<store::DeletedRow> gone;
+    const auto flush = [&] {
+        if (!gone.empty()) {
+            QueueDeletions(*this, std::exchange(gone, {}));
+        }
+    };
+    for (const store::JournalEntry& entry : entries) {
+        if (entry.session == _id) {
+            continue;
+        }
+        if (entry.op == SIGNAL_ENTITY_DELETED) {
+            gone.push_back(DeletedRowOf(entry));
+        } else {
+            flush();
+            Apply(entry);
         }
     }
-    if (!newestTold && !_slots.Empty()) {
-        _slots.Queue(UDMProfileUpdate::OfDeletion(UDMUID(WithRevision(gone.uid, newest))));
-    }
-    TouchLinks();
+    flush();
 }
 
 // The working revision was the one behind the published one that stands again.
@@ -103,12 +114,19 @@ void Session::QueueUndo(const State& standing) {
     _slots.Queue(UDMProfileUpdate::OfUndo(UDMItemHandle(standing), gone));
 }
 
+// What lies below an entity, or in it, is a matter of the newest revision, and this session may
+// have a working one that whoever made the change doesn't see.
+Session::State Session::SubjectOf(const store::JournalEntry& entry) {
+    State subject = Find(WithRevision(entry.entityUid, entry.revision));
+    if (subject && IsOfStructure(static_cast<SignalOption>(entry.op))) {
+        subject = Find(entry.entityUid);
+    }
+    return subject;
+}
+
 void Session::Apply(const store::JournalEntry& entry) {
     const auto code = static_cast<SignalOption>(entry.op);
     switch (code) {
-        case SIGNAL_ENTITY_DELETED:
-            ApplyDeletion(entry);
-            return;
         case SIGNAL_CONTENT_CHANGED:
             for (EntityState* state = _states.Chain(entry.entityUid); state != nullptr;
                  state = state->next) {
@@ -134,7 +152,7 @@ void Session::Apply(const store::JournalEntry& entry) {
                 UDMProfileUpdate::OfChild(code, UDMItemHandle(parent), ChildHandle(entry)));
         }
     } else if (entry.entity != 0) {
-        const State subject = Find(WithRevision(entry.entityUid, entry.revision));
+        const State subject = SubjectOf(entry);
         if (subject && code == SIGNAL_REVISION_UNDONE) {
             QueueUndo(subject);
         } else if (subject) {

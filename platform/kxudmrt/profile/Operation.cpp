@@ -4,8 +4,8 @@
 #include <utility>
 
 #include "profile/Bulk.h"
+#include "profile/DeletionsTold.h"
 #include "profile/Peers.h"
-#include "profile/Session.h"
 
 namespace kxudm::profile {
 
@@ -101,19 +101,34 @@ std::int64_t Session::WriteJournal(const ChangeList& changes, const store::Stamp
 }
 
 void Session::QueueOwn(const ChangeList& changes) {
+    std::vector<store::DeletedRow> gone;
+    const auto flush = [&] {
+        if (!gone.empty()) {
+            QueueDeletions(*this, std::exchange(gone, {}));
+        }
+    };
     for (const Change& change : changes.All()) {
         if (change.code == SIGNAL_ENTITY_DELETED) {
-            QueueDeletion(change.deleted);
-        } else if (_slots.Empty() || change.audience == Audience::Elsewhere) {
-            continue;
-        } else if (change.code == SIGNAL_REVISION_UNDONE) {
-            QueueUndo(change.subject);
-        } else if (change.child) {
-            _slots.Queue(UDMProfileUpdate::OfChild(
-                change.code, UDMItemHandle(change.subject), UDMItemHandle(change.child)));
+            gone.push_back(change.deleted);
         } else {
-            _slots.Queue(UDMProfileUpdate::OfHandle(change.code, UDMItemHandle(change.subject)));
+            flush();
+            QueueOwn(change);
         }
+    }
+    flush();
+}
+
+void Session::QueueOwn(const Change& change) {
+    if (_slots.Empty() || change.audience == Audience::Elsewhere) {
+        return;
+    }
+    if (change.code == SIGNAL_REVISION_UNDONE) {
+        QueueUndo(change.subject);
+    } else if (change.child) {
+        _slots.Queue(UDMProfileUpdate::OfChild(
+            change.code, UDMItemHandle(change.subject), UDMItemHandle(change.child)));
+    } else {
+        _slots.Queue(UDMProfileUpdate::OfHandle(change.code, UDMItemHandle(change.subject)));
     }
 }
 

@@ -71,7 +71,8 @@ std::vector<LinkedRow> ChildRows(Session& session,
     return rows;
 }
 
-// Out of the library, and noted for the next time.
+// Out of the library, and noted for the next time. An owner is who owns in its newest revision: what
+// an older one lists may have no owner any more.
 void ListChildren(Session& session,
                   const EntityState& parent,
                   const Selection& selection,
@@ -80,7 +81,7 @@ void ListChildren(Session& session,
     Listings::Children listed;
     const auto take = [&](LinkedRow& row) {
         Session::State child = session.StateOf(std::move(row.entity));
-        if (selection.kind == LinkKind::Owner) {
+        if (selection.kind == LinkKind::Owner && parent.IsNewest()) {
             child->NoteOwner(session.LinkEpoch());
         }
         child->SetListed();
@@ -114,7 +115,7 @@ void ListChildrenThat(Session& session,
                       kxStlVector<UDMItemHandle>& children) {
     for (LinkedRow& row : ChildRows(session, parent, selection, true, condition)) {
         Session::State child = session.StateOf(std::move(row.entity));
-        if (selection.kind == LinkKind::Owner) {
+        if (selection.kind == LinkKind::Owner && parent.IsNewest()) {
             child->NoteOwner(session.LinkEpoch());
         }
         children.emplace_back(std::move(child));

@@ -1,4 +1,3 @@
-#include <array>
 #include <utility>
 #include <vector>
 
@@ -12,83 +11,6 @@ namespace kxudm::profile {
 namespace {
 
 using store::LinkKind;
-
-// Changes that tell the parents which stay that a child of theirs is gone. Others may see other
-// parents than this session does: working revisions differ from published ones.
-class Orphaned {
-  public:
-    Orphaned(Session& session, Operation& operation) : _session(session), _operation(operation) {}
-
-    // In the order in which a listener that drops what is deleted can still follow.
-    void Record(const std::vector<store::DeletedRow>& gone) {
-        for (const auto& [kind, code] : KINDS) {
-            for (const store::DeletedRow& row : gone) {
-                RecordParents(row, kind, code);
-            }
-        }
-    }
-
-  private:
-    static constexpr std::array<std::pair<LinkKind, SignalOption>, 4> KINDS{
-        {{LinkKind::Folder, SIGNAL_CONTAINER_LEFT},
-         {LinkKind::Category, SIGNAL_CONTAINER_LEFT},
-         {LinkKind::Reference, SIGNAL_REFERENCE_REMOVED},
-         {LinkKind::Owner, SIGNAL_OWNED_CHILD_DELETED}}};
-
-    void RecordParents(const store::DeletedRow& row, LinkKind kind, SignalOption code) {
-        std::vector<store::LinkedRow> own =
-            Parents(row.id, row.newestRevision, kind, _session.Viewer());
-        const int published = _operation.Store().SeenRevision(row.id, store::THE_PUBLIC);
-        std::vector<store::LinkedRow> others;
-        if (published != store::NO_REVISION) {
-            others = Parents(row.id, published, kind, store::THE_PUBLIC);
-        }
-        for (store::LinkedRow& parent : own) {
-            const bool shared = std::erase_if(others, [&](const store::LinkedRow& other) {
-                                    return other.entity.id == parent.entity.id &&
-                                           other.entity.revision == parent.entity.revision;
-                                }) > 0;
-            RecordParent(row, code, parent, shared ? Audience::Everybody : Audience::Here);
-        }
-        for (store::LinkedRow& parent : others) {
-            RecordParent(row, code, parent, Audience::Elsewhere);
-        }
-    }
-
-    std::vector<store::LinkedRow> Parents(store::EntityId child,
-                                          int revision,
-                                          LinkKind kind,
-                                          const store::Viewer& viewer) {
-        std::vector<store::LinkedRow> parents;
-        _operation.Store().Parents(child, revision, kind, {}, viewer, parents);
-        return parents;
-    }
-
-    void RecordParent(const store::DeletedRow& row,
-                      SignalOption code,
-                      store::LinkedRow& parent,
-                      Audience audience) {
-        Session::State holder = _session.StateOf(std::move(parent.entity), false);
-        _operation.Record(Change::OfChild(code, std::move(holder), Child(row)).For(audience));
-    }
-
-    Session::State Child(const store::DeletedRow& row) {
-        if (Session::State known = _session.States().Revision(row.uid, row.newestRevision)) {
-            return known;
-        }
-        store::EntityRow entity;
-        entity.id = row.id;
-        entity.uid = row.uid;
-        entity.definition = row.definition;
-        entity.revision = row.newestRevision;
-        auto child = boost::make_shared<EntityState>(_session.Link(), std::move(entity), false);
-        child->SetGone();
-        return child;
-    }
-
-    Session& _session;
-    Operation& _operation;
-};
 
 void Rename(Session& session, Operation& operation, EntityState& state, const kxString& name) {
     if (state.Definition()->Type() == FOLDER_TYPE) {
@@ -141,7 +63,8 @@ UDMItemHandle Profile::CreateEntity(const kxString& definition, const kxString& 
 
 void Profile::DeleteEntity(const UDMItemHandle& handle, bool withChildren, bool force) {
     Operation operation(*_session, "DeleteEntity");
-    const Session::State state = _session->Resolve(handle);
+    // Whichever revision was given: the entity goes, with what its newest one owns.
+    const Session::State state = _session->Get(kxString(_session->Resolve(handle)->BaseUid()));
     store::LibraryStore& store = operation.Store();
     if (!withChildren) {
         const std::int64_t children = store.CountChildren(
@@ -154,20 +77,13 @@ void Profile::DeleteEntity(const UDMItemHandle& handle, bool withChildren, bool 
     }
     RequireFreeNamesAtTop(*_session, *state);
     const std::vector<store::DeletedRow> gone = store.Delete(state->Id(), operation.Stamp(), force);
-    Orphaned(*_session, operation).Record(gone);
     for (const store::DeletedRow& row : gone) {
         const bool onlyHere = store.SeenRevision(row.id, store::THE_PUBLIC) == store::NO_REVISION &&
                               store.SeenRevision(row.id, _session->Viewer()) != store::NO_REVISION;
         operation.Record(Change::OfDeletion(row).Private(onlyHere));
     }
     operation.Commit();
-    for (const store::DeletedRow& row : gone) {
-        for (EntityState* each = _session->States().Chain(row.uid); each != nullptr;
-             each = each->next) {
-            each->SetGone();
-        }
-    }
-    _session->TouchLinks();
+    _session->NoteGone(gone);
     operation.Tell();
 }
 

@@ -221,6 +221,15 @@ void Session::Outdate(std::string_view baseUid) {
     TouchLinks();
 }
 
+void Session::NoteGone(const std::vector<store::DeletedRow>& gone) {
+    for (const store::DeletedRow& row : gone) {
+        for (EntityState* state = _states.Chain(row.uid); state != nullptr; state = state->next) {
+            state->SetGone();
+        }
+    }
+    TouchLinks();
+}
+
 bool Session::HasOwner(const EntityState& state) {
     return _store->HasParent(state.Id(), state.Revision(), LinkKind::Owner, Viewer());
 }

@@ -113,6 +113,8 @@ class Session : public boost::enable_shared_from_this<Session> {
     // Goes up whenever somebody becomes an owner or ceases to be one.
     [[nodiscard]] std::uint32_t LinkEpoch() const { return _linkEpoch; }
     void TouchLinks() { ++_linkEpoch; }
+    // The states of deleted entities stand for nothing any more.
+    void NoteGone(const std::vector<store::DeletedRow>& gone);
     // All states of the entity are read again on the next question, also which is the newest.
     void Outdate(std::string_view baseUid);
 
@@ -142,11 +144,13 @@ class Session : public boost::enable_shared_from_this<Session> {
     friend class Operation;
 
     void Apply(const store::JournalEntry& entry);
-    void ApplyDeletion(const store::JournalEntry& entry);
+    void ApplyAll(const std::vector<store::JournalEntry>& entries);
+    store::DeletedRow DeletedRowOf(const store::JournalEntry& entry) const;
+    State SubjectOf(const store::JournalEntry& entry);
     UDMItemHandle ChildHandle(const store::JournalEntry& entry);
     std::int64_t WriteJournal(const ChangeList& changes, const store::Stamp& stamp);
     void QueueOwn(const ChangeList& changes);
-    void QueueDeletion(const store::DeletedRow& gone);
+    void QueueOwn(const Change& change);
     void QueueUndo(const State& standing);
     void TellEverybody();
     bool ReadRow(std::string_view base, std::string_view revision, store::EntityRow& row);

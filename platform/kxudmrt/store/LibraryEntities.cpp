@@ -178,6 +178,16 @@ bool LibraryStore::FindById(EntityId id, const Viewer& viewer, EntityRow& row) {
     return true;
 }
 
+bool LibraryStore::FindEvenDeleted(EntityId id, const Viewer& viewer, EntityRow& row) {
+    sql::Statement find(*connection_, statements::FIND_EVEN_DELETED);
+    find.BindAll(viewer.user, viewer.workspace, id);
+    if (!find.Step()) {
+        return false;
+    }
+    ReadEntityRow(find, row);
+    return true;
+}
+
 bool LibraryStore::FindRevision(std::string_view baseUid,
                                 int revision,
                                 const Viewer& viewer,

@@ -121,6 +121,8 @@ class LibraryStore {
     // The newest revision for the viewer. False: unknown, invisible or deleted.
     bool FindByUid(std::string_view baseUid, const Viewer& viewer, EntityRow& row);
     bool FindById(EntityId id, const Viewer& viewer, EntityRow& row);
+    // The newest revision that the viewer sees, or saw before the entity was deleted.
+    bool FindEvenDeleted(EntityId id, const Viewer& viewer, EntityRow& row);
     // Exactly this revision; a working one only for its owner.
     bool FindRevision(std::string_view baseUid, int revision, const Viewer& viewer, EntityRow& row);
     bool Details(EntityId id, int revision, EntityDetails& details);

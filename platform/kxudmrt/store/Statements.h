@@ -90,6 +90,9 @@ inline constexpr NamedStatement FIND_BY_ID{"find by id",
                                            "SELECT " KXUDM_ROW
                                            "r.attributes FROM entity e" KXUDM_JOIN_SEEN
                                            " WHERE e.id = ?3 AND e.deleted = 0"};
+inline constexpr NamedStatement FIND_EVEN_DELETED{
+    "find by id, even if deleted",
+    "SELECT " KXUDM_ROW "NULL FROM entity e" KXUDM_JOIN_SEEN " WHERE e.id = ?3"};
 inline constexpr NamedStatement FIND_REVISION{
     "find revision",
     "SELECT " KXUDM_ROW

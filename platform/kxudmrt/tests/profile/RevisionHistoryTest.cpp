@@ -169,6 +169,17 @@ TEST_F(RevisionHistory, ParentsOfAnyRevisionIncludeThoseThatGaveTheChildUp) {
     EXPECT_TRUE(child.IsRootEntity());
 }
 
+TEST_F(RevisionHistory, AnOwnerOfAnOlderRevisionOnlyIsNone) {
+    const UDMItemHandle child = Published(ann, "Child");
+    ann->AddChild(part, child, "parts");
+    Publish(ann, part);
+    const UDMItemHandle two = CheckOut(ann, part);
+    ann->RemoveChild(two, child);
+    EXPECT_THAT(Children(ann, ann->GetEntity(At(part, 1)), "parts"), ElementsAre("Child"));
+    EXPECT_TRUE(child.IsRootEntity());
+    EXPECT_FALSE(Newest(bob, child).IsRootEntity());
+}
+
 TEST_F(RevisionHistory, AParentThatIsNotSeenIsReportedForNoRevision) {
     const UDMItemHandle child = Published(ann, "Child");
     const UDMItemHandle other = CheckOut(ann, Published(ann, "Other"));

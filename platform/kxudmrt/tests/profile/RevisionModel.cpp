@@ -97,6 +97,34 @@ std::set<int> RevisionModel::Roots(int user) const {
     return roots;
 }
 
+std::string RevisionModel::View(int user) const {
+    std::string text;
+    for (int entity = 0; entity < Count(); ++entity) {
+        for (const int number : Numbers(user, entity)) {
+            const Revision& revision = *Find(user, entity, number);
+            text += std::to_string(entity) + ":" + std::to_string(number) + " " +
+                    std::to_string(revision.load) + " " + revision.comment + " in " +
+                    std::to_string(revision.folder);
+            for (int group = KITS; group <= USES; ++group) {
+                text += " |";
+                for (const int child : Children(user, revision, static_cast<Group>(group))) {
+                    text += " " + std::to_string(child);
+                }
+            }
+            text += "\n";
+        }
+    }
+    return text;
+}
+
+std::string RevisionModel::Locks() const {
+    std::string text;
+    for (const Entity& entity : _entities) {
+        text += entity.deleted ? " -" : " " + std::to_string(entity.holder);
+    }
+    return text;
+}
+
 std::vector<RevisionModel::Link> RevisionModel::OpenLinks(int entity) const {
     const Entity& e = At(entity);
     std::vector<Link> links;
@@ -217,6 +245,7 @@ bool RevisionModel::CheckOut(
     }
     e.working = e.published.rbegin()->second;
     e.working->comment = comment;
+    std::erase_if(e.working->relations, [](const Relation& each) { return each.exact != NEWEST; });
     e.number = e.published.rbegin()->first + 1;
     e.holder = user;
     return true;
@@ -225,6 +254,7 @@ bool RevisionModel::CheckOut(
 int RevisionModel::Branch(int user, int entity, int number) {
     Revision revision = At(entity).published.at(number);
     revision.comment.clear();
+    revision.relations.clear();
     std::erase_if(revision.links, [&](const Link& link) {
         bool owned = link.group == KITS;
         for (int owner = 0; owner < Count() && link.group == MATES; ++owner) {
@@ -275,6 +305,7 @@ bool RevisionModel::Publish(int user, int entity, const std::string& comment, bo
     }
     Entity& e = _entities[entity];
     const int number = e.published.empty() ? 1 : e.number;
+    MoveExact(entity, e.number, number);
     if (!comment.empty()) {
         e.working->comment = comment;
     }
@@ -310,6 +341,7 @@ bool RevisionModel::Undo(int user, int entity) {
     if (!Edits(user, entity) || e.published.empty() || WasOwnedAnew(entity)) {
         return false;
     }
+    DropExact(entity, e.number);
     e.working.reset();
     e.holder = -1;
     return true;
@@ -326,14 +358,14 @@ void RevisionModel::CollectOwned(int entity, std::set<int>& out) const {
     }
 }
 
-bool RevisionModel::Delete(int user, int entity) {
+bool RevisionModel::Delete(int user, int entity, bool force) {
     if (Newest(user, entity) == nullptr) {
         return false;
     }
     std::set<int> owned;
     CollectOwned(entity, owned);
     for (const int each : owned) {
-        if (!At(each).deleted && At(each).working && At(each).holder != user) {
+        if (!At(each).deleted && At(each).working && At(each).holder != user && !force) {
             return false;
         }
     }

@@ -8,40 +8,6 @@ namespace {
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-// Code and revision, the child's revision and the UID where there are such.
-std::string Step(const UDMProfileUpdate& update) {
-    std::string text = std::to_string(update.GetOpCode());
-    if (!update.GetUDMHandle().IsEmpty()) {
-        text += " " + update.GetUDMHandle().GetDisplayName() + ":" +
-                std::to_string(update.GetUDMHandle().GetRevision());
-    }
-    if (!update.GetChild().IsEmpty()) {
-        text += " " + update.GetChild().GetDisplayName() + ":" +
-                std::to_string(update.GetChild().GetRevision());
-    }
-    const kxString uid(update.GetUID());
-    if (!uid.empty()) {
-        text += " ~" + uid.substr(uid.find(':'));
-    }
-    return text;
-}
-
-class Listening {
-  public:
-    explicit Listening(const ProfilePtr& profile) : _recorder(Listen(profile)) {}
-    Names Take() {
-        Names steps;
-        for (const UDMProfileUpdate& update : std::exchange(_recorder->updates, {})) {
-            steps.push_back(Step(update));
-        }
-        return steps;
-    }
-    Recorder& Slot() { return *_recorder; }
-
-  private:
-    boost::shared_ptr<Recorder> _recorder;
-};
-
 class RevisionNotifications : public testing::Test {
   protected:
     void Silence() {
@@ -232,6 +198,66 @@ TEST_F(RevisionNotifications, N11_EachIsToldTheParentsThatHeSees) {
     ann->DeleteEntity(child, true, false);
     EXPECT_THAT(me.Take(), ElementsAre("12 Other:2 Child:1", "44 ~:1"));
     EXPECT_THAT(bobs.Take(), ElementsAre("12 Wheel:1 Child:1", "44 ~:1"));
+}
+
+TEST_F(RevisionNotifications, N11_EachHolderIsToldThePlacesOfHisWorkingRevisions) {
+    const UDMItemHandle child = Published(ann, "Child");
+    const UDMItemHandle bobsOwn = bob->CreateEntity("Part", "Draft");
+    const UDMItemHandle other = CheckOut(annAtHome, Published(ann, "Other"));
+    bob->AddChild(bobsOwn, Newest(bob, child), "uses");
+    annAtHome->AddChild(other, Newest(annAtHome, child), "parts");
+    Silence();
+    ann->DeleteEntity(child, true, false);
+    EXPECT_THAT(me.Take(), ElementsAre("44 ~:1"));
+    EXPECT_THAT(bobs.Take(), ElementsAre("41 Draft:0 Child:1", "44 ~:1"));
+    EXPECT_THAT(home.Take(), ElementsAre("12 Other:2 Child:1", "44 ~:1"));
+}
+
+TEST_F(RevisionNotifications, N11_AForcedDeletionTellsTheHolderThePlacesThatHeSaw) {
+    UDMItemHandle f;
+    UDMItemHandle g;
+    ann->CreateFolder(f, "/F");
+    ann->CreateFolder(g, "/G");
+    ann->MoveContent(part, f);
+    Publish(ann, part);
+    bob->MoveContent(CheckOut(bob, part), bob->GetEntity(Base(g)));
+    Silence();
+    ann->DeleteEntity(Newest(ann, part), true, true);
+    EXPECT_THAT(me.Take(), ElementsAre("43 F:0 Wheel:1", "44 ~:0", "44 ~:1"));
+    EXPECT_THAT(bobs.Take(), ElementsAre("43 G:0 Wheel:2", "44 ~:2"));
+}
+
+TEST_F(RevisionNotifications, N10_TheEntityGoesWhicheverRevisionIsGiven) {
+    const UDMItemHandle one = Publish(ann, part);
+    const UDMItemHandle two = CheckOut(ann, part);
+    ann->CreateAndAddChild("Note", "Remark", two, "notes");
+    EXPECT_THROW(ann->DeleteEntity(one, false, false), UDMException);
+    ann->DeleteEntity(one, true, false);
+    EXPECT_FALSE(Sees(ann, Base(part)));
+    EXPECT_FALSE(Sees(bob, Base(part)));
+}
+
+TEST_F(RevisionNotifications, N27_WhoHasAPlaceOrParentCheckedOutIsToldHisOwnRevisionOfIt) {
+    const UDMItemHandle metals = Published(ann, "Metals", "Categories");
+    const UDMItemHandle owner = ann->CreateEntity("Part", "Owner");
+    ann->AddChild(owner, part, "uses");
+    ann->AddClassification(part, metals);
+    Publish(ann, owner);
+    CheckOut(bob, owner);
+    CheckOut(bob, metals);
+    Silence();
+    Publish(ann, part);
+    EXPECT_THAT(bobs.Take(), ElementsAre("5 Wheel:1", "42 Metals:2", "40 Owner:2"));
+    EXPECT_THAT(home.Take(), ElementsAre("5 Wheel:1", "42 Metals:1", "40 Owner:1"));
+    EXPECT_THAT(Children(bob, Newest(bob, owner), "uses"), ElementsAre("Wheel"));
+}
+
+TEST_F(RevisionNotifications, N7_AClassificationIsToldAtItsNewestRevision) {
+    const UDMItemHandle metals = Published(ann, "Metals", "Categories");
+    Publish(ann, CheckOut(ann, metals));
+    Silence();
+    ann->AddClassification(part, ann->GetEntity(At(metals, 1)));
+    ExpectTold({"42 Metals:2"}, {});
 }
 
 TEST_F(RevisionNotifications, N13_AStepThatFailsTellsNothing) {

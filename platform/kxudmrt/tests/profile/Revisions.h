@@ -54,4 +54,38 @@ inline std::vector<int> Versions(const ProfilePtr& profile, const UDMItemHandle&
     return numbers;
 }
 
+// Code and revision, the child's revision and the UID where there are such.
+inline std::string Step(const UDMProfileUpdate& update) {
+    std::string text = std::to_string(update.GetOpCode());
+    if (!update.GetUDMHandle().IsEmpty()) {
+        text += " " + update.GetUDMHandle().GetDisplayName() + ":" +
+                std::to_string(update.GetUDMHandle().GetRevision());
+    }
+    if (!update.GetChild().IsEmpty()) {
+        text += " " + update.GetChild().GetDisplayName() + ":" +
+                std::to_string(update.GetChild().GetRevision());
+    }
+    const kxString uid(update.GetUID());
+    if (!uid.empty()) {
+        text += " ~" + uid.substr(uid.find(':'));
+    }
+    return text;
+}
+
+class Listening {
+  public:
+    explicit Listening(const ProfilePtr& profile) : _recorder(Listen(profile)) {}
+    Names Take() {
+        Names steps;
+        for (const UDMProfileUpdate& update : std::exchange(_recorder->updates, {})) {
+            steps.push_back(Step(update));
+        }
+        return steps;
+    }
+    Recorder& Slot() { return *_recorder; }
+
+  private:
+    boost::shared_ptr<Recorder> _recorder;
+};
+
 }  // namespace kxudm::test

@@ -365,6 +365,34 @@ TEST_F(Revisions, AnOwnerThatOnlyAnotherWorkspaceSeesCounts) {
                       HasSubstr("ann has that checked out in workspace 'desk' since")));
 }
 
+TEST_F(Revisions, RootsAreThoseWithoutAnOwnerThatTheSessionSees) {
+    const auto roots = [](const ProfilePtr& session) {
+        kxStlVector<UDMItemHandle> hits;
+        session->RunQuery(hits, "", -1, 0, 0, {}, true, false);
+        return DisplayNames(hits);
+    };
+    const UDMItemHandle child = Published(ann, "Child");
+    ann->AddChild(part, child, "parts");
+    // The owner is nobody else's business yet.
+    EXPECT_THAT(roots(ann), ElementsAre("Wheel"));
+    EXPECT_THAT(roots(bob), ElementsAre("Child"));
+    EXPECT_TRUE(Newest(bob, child).IsRootEntity());
+    Publish(ann, part);
+    EXPECT_THAT(roots(bob), ElementsAre("Wheel"));
+    ann->RemoveChild(CheckOut(ann, part), child);
+    // Given up, for ann alone.
+    EXPECT_THAT(roots(ann), ElementsAre("Wheel", "Child"));
+    EXPECT_THAT(roots(bob), ElementsAre("Wheel"));
+    EXPECT_THAT(roots(annAtHome), ElementsAre("Wheel"));
+    EXPECT_FALSE(Newest(bob, child).IsRootEntity());
+    ann->UndoCheckout(Newest(ann, part));
+    EXPECT_THAT(roots(ann), ElementsAre("Wheel"));
+    const UDMItemHandle late = Published(ann, "Late");
+    ann->AddChild(CheckOut(ann, part), late, "parts");
+    EXPECT_THAT(roots(ann), ElementsAre("Wheel"));
+    EXPECT_THAT(roots(bob), ElementsAre("Wheel", "Late"));
+}
+
 TEST_F(Revisions, AClosedSessionRefusesEachStep) {
     ProfilePtr closing = ann;
     UDMProfileMgr::DiscardProfile(closing);
