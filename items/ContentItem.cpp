@@ -89,7 +89,9 @@ bool ContentItem::IsAttributeEditable(const kxString&) {
 }
 
 bool ContentItem::SetAttributeValue(const kxString& attribute, kxVariant& value) {
-    if (!m_session) {
+    // The text of a pointer stands for nothing once the program has ended.
+    const bool pointer = value.GetKind() == kxVariant::POINTER;
+    if (!m_session || (pointer && attribute == ATTRIBUTE_NAME::LABEL)) {
         return false;
     }
     return Contained(false, [&] {

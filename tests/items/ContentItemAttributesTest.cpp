@@ -112,6 +112,12 @@ TEST_F(ContentItemAttributes, SettingTheLabelSetsTheDisplayName) {
     EXPECT_TRUE(content->SetAttributeValue("label", value));
 }
 
+TEST_F(ContentItemAttributes, APointerIsNoLabel) {
+    EXPECT_CALL(*profile, SetDisplayName).Times(0);
+    kxVariant value(static_cast<void*>(this), "kxct::Item");
+    EXPECT_FALSE(content->SetAttributeValue("label", value));
+}
+
 TEST_F(ContentItemAttributes, SettingAnyOtherNameSetsTheMetadata) {
     EXPECT_CALL(*profile, SetDisplayName).Times(0);
     EXPECT_CALL(*profile, SetAttributeValue(IsHandle("A:1"), kxString("mass"), kxVariant(12.5)));

@@ -35,11 +35,14 @@ void Enter(Session& session,
                        "\" such as " + content.Uid() + "; choose a place that does");
 }
 
+// Nothing lies below what was just made; to look would cost a step for each level above.
 void RequireNotBelow(Session& session,
+                     const Operation& operation,
                      const EntityState& content,
                      const EntityState& container,
                      LinkKind kind) {
-    if (session.Store().WouldCycle(container.Id(), content.Id(), kind)) {
+    if (!operation.HasJustMade(content) &&
+        session.Store().WouldCycle(container.Id(), content.Id(), kind)) {
         throw UDMException(content.Cdef() + " " + content.Uid() + " can't be put into " +
                            container.Uid() + ", which is or lies below it; choose another place");
     }
@@ -83,7 +86,7 @@ void PutIntoFolder(Session& session,
         return;
     }
     if (content->Definition()->Type() == FOLDER_TYPE) {
-        RequireNotBelow(session, *content, *folder, LinkKind::Folder);
+        RequireNotBelow(session, operation, *content, *folder, LinkKind::Folder);
         RequireFreeFolderName(session, folder->Id(), content->Name());
     }
     for (store::LinkedRow& place : before) {
@@ -109,7 +112,7 @@ void Classify(Session& session,
                            classification->Cdef() + " " + classification->Uid() +
                            " already; it can be there once");
     }
-    RequireNotBelow(session, *content, *classification, LinkKind::Category);
+    RequireNotBelow(session, operation, *content, *classification, LinkKind::Category);
     Enter(session, operation, content, classification, LinkKind::Category);
 }
 

@@ -217,8 +217,7 @@ std::optional<bool> EntityState::IsMasterClassification() const {
         return std::nullopt;
     }
     kxVariant value;
-    return store::FindPackedAttribute(Complete().Packed(), CATEGORY_KIND, value) &&
-           value.GetString() == MASTER_CATEGORY;
+    return Complete().StoredValue(CATEGORY_KIND, value) && value.GetString() == MASTER_CATEGORY;
 }
 
 kxVariant EntityState::AttributeValue(const kxString& name) const {
@@ -230,10 +229,18 @@ kxVariant EntityState::AttributeValue(const kxString& name) const {
                                    "\"; use one of its own");
     }
     kxVariant value;
-    if (ComputedValue(name, value) || store::FindPackedAttribute(Packed(), name, value)) {
+    if (ComputedValue(name, value) || StoredValue(name, value)) {
         return value;
     }
     return attribute->defaultValue;
+}
+
+bool EntityState::StoredValue(std::string_view name, kxVariant& value) const {
+    try {
+        return store::FindPackedAttribute(Packed(), name, value);
+    } catch (const store::DamagedAttributes& damage) {
+        throw store::DamagedAttributes(_uid, damage.Cause());
+    }
 }
 
 kxStlVector<kxString> EntityState::AttributeNames(bool omitSystem) const {

@@ -115,6 +115,7 @@ class EntityState final : public spi::ItemState,
     // Like Current, with the attributes there.
     const EntityState& Complete() const;
     const kxString* UserText(std::string_view user);
+    bool StoredValue(std::string_view name, kxVariant& value) const;
     bool ComputedValue(std::string_view name, kxVariant& value) const;
     bool DetailValue(std::string_view name, kxVariant& value) const;
 

@@ -28,6 +28,14 @@ void TakeName(Session& session, EntityState& state, const kxString& name, store:
     state.SetModified(stamp);
 }
 
+// Of an attribute that every revision has, whether its definition names it or not.
+kxString CheckedText(const kxString& key, const kxVariant& value) {
+    catalogue::AttributeDefinition text;
+    text.name = key;
+    text.dataType = "String";
+    return catalogue::CheckedValue(text, value).GetString();
+}
+
 kxVariant CheckedForChange(const EntityState& state, const kxString& key, const kxVariant& value) {
     const catalogue::AttributeDefinition* attribute = state.Definition()->FindAttribute(key);
     if (attribute != nullptr && attribute->system) {
@@ -91,7 +99,7 @@ void Profile::SetAttributeValue(const UDMItemHandle& handle,
                                 const kxString& key,
                                 const kxVariant& value) {
     if (key == DISPLAY_NAME) {
-        SetDisplayName(value.GetString(), handle);
+        SetDisplayName(CheckedText(key, value), handle);
         return;
     }
     Operation operation(*_session, "SetAttributeValue");
@@ -131,7 +139,7 @@ void Profile::SetAttributeValue(const UDMItemHandle& handle,
 void Profile::SetDisplayName(const kxString& name, const UDMItemHandle& handle) {
     Operation operation(*_session, "SetDisplayName");
     const Session::State state = _session->Resolve(handle);
-    kxString checked = name;
+    kxString checked = CheckedText(kxString(DISPLAY_NAME), name);
     if (state->Definition()->FindAttribute(DISPLAY_NAME) != nullptr) {
         checked = CheckedForChange(*state, kxString(DISPLAY_NAME), name).GetString();
     }

@@ -96,8 +96,7 @@ void PutValue(std::string& out, const kxString& name, const kxVariant& value) {
 // --- Reading ---
 
 [[noreturn]] void Damaged(const char* what) {
-    throw UDMException(std::string("the stored attributes of a revision are damaged: ") + what +
-                       "; restore the library from a backup");
+    throw DamagedAttributes("a revision", what);
 }
 
 class Reader {

@@ -8,11 +8,12 @@
 // little endian order, a list its count and then its texts with their lengths. An empty BLOB is an
 // empty list.
 //
-// Reading never trusts the bytes: what is cut off, overlong or unknown is a UDMException that says
-// so; nothing crashes, and no memory is taken for counts that the bytes don't hold.
+// Reading never trusts the bytes: what is cut off, overlong or unknown is a DamagedAttributes that
+// says so; nothing crashes, and no memory is taken for counts that the bytes don't hold.
 #ifndef KXUDMRT_STORE_ATTRIBUTES_H
 #define KXUDMRT_STORE_ATTRIBUTES_H
 
+#include <kxudm/UDMException.h>
 #include <kxutl/kxString.h>
 #include <kxutl/kxVariant.h>
 
@@ -25,6 +26,20 @@ namespace kxudm::store {
 
 // Names and values in the order in which they were first set. Names are unique.
 using AttributeList = std::vector<std::pair<kxString, kxVariant>>;
+
+// Bytes that are no packed attributes. The bytes don't know whose they are: who knows it throws
+// this again with the UID.
+class DamagedAttributes : public UDMStoreException {
+  public:
+    DamagedAttributes(const std::string& owner, const std::string& cause)
+        : UDMStoreException("the stored attributes of " + owner + " are damaged: " + cause +
+                            "; restore the library from a backup"),
+          cause_(cause) {}
+    [[nodiscard]] const std::string& Cause() const noexcept { return cause_; }
+
+  private:
+    std::string cause_;
+};
 
 // A pointer has no meaning outside of the process: it is refused with the attribute's name.
 [[nodiscard]] std::string PackAttributes(const AttributeList& attributes);

@@ -90,6 +90,19 @@ std::string ReadForChange(sql::Connection& connection, EntityId id, int revision
     return std::string(read.Bytes(1));
 }
 
+std::string Merged(sql::Connection& connection,
+                   EntityId id,
+                   int revision,
+                   std::string_view packed,
+                   const AttributeList& changes) {
+    try {
+        return MergePackedAttributes(packed, changes);
+    } catch (const DamagedAttributes& damage) {
+        throw DamagedAttributes(UidOf(connection, id) + ":" + std::to_string(revision),
+                                damage.Cause());
+    }
+}
+
 std::optional<std::string_view> TextOrNull(bool there, std::string_view text) {
     return there ? std::optional(text) : std::nullopt;
 }
@@ -245,7 +258,7 @@ std::string LibraryStore::UpdateAttributes(EntityId id,
     // Read under the write lock: another session may have changed another attribute.
     bool working = false;
     const std::string before = ReadForChange(*connection_, id, revision, working);
-    std::string packed = MergePackedAttributes(before, changes);
+    std::string packed = Merged(*connection_, id, revision, before, changes);
     sql::Statement set(*connection_, statements::SET_ATTRIBUTES);
     set.BindAll(RevisionId(id, revision), sql::Blob{packed}, stamp.time, stamp.by.user);
     set.Run();

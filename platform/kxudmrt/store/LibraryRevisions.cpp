@@ -96,6 +96,14 @@ void RequireOneOwnerAfterUndo(sql::Connection& connection, EntityId id, const Lo
     }
 }
 
+AttributeList UnpackedAttributes(const EntityRow& row) {
+    try {
+        return UnpackAttributes(row.packed);
+    } catch (const DamagedAttributes& damage) {
+        throw DamagedAttributes(row.uid + ":" + std::to_string(row.revision), damage.Cause());
+    }
+}
+
 // Everything that belongs to the working revision alone takes the place of the published one.
 void CloseIntervals(sql::Connection& connection, EntityId id) {
     for (const auto* named : {&statements::DROP_COVERED_HEADS,
@@ -245,7 +253,7 @@ EntityId LibraryStore::Branch(EntityId origin,
                                 .state = RevisionState::Working,
                                 .branchUid = lock.uid,
                                 .branchRevision = revision},
-                               UnpackAttributes(row.packed),
+                               UnpackedAttributes(row),
                                stamp);
     for (const auto* named : {&statements::BRANCH_LINKS, &statements::BRANCH_FILES}) {
         Run(*connection_, *named, id, origin, revision);

@@ -110,7 +110,13 @@ void LibraryStore::SetBaseDirectory(std::string_view directory) {
 }
 
 std::string LibraryStore::CatalogueXml() {
-    return ReadInfo(*connection_, CATALOGUE);
+    std::string text = ReadInfo(*connection_, CATALOGUE);
+    if (text.empty()) {
+        throw UDMStoreException("library '" + connection_->File() +
+                                "' has lost its catalogue of content definitions, so that it can't "
+                                "be opened; restore the library from a backup");
+    }
+    return text;
 }
 
 void LibraryStore::SetCatalogueXml(std::string_view xml) {

@@ -107,6 +107,7 @@ class LibraryStore {
 
     [[nodiscard]] LibraryInfo Info();
     void SetBaseDirectory(std::string_view directory);
+    // Throws UDMStoreException that names the file where the library has none any more.
     [[nodiscard]] std::string CatalogueXml();
     void SetCatalogueXml(std::string_view xml);
     // Free notes by key, which are kept with the library; an absent one is "".

@@ -127,8 +127,9 @@ bool LocalProvider::CheckConnection(const kxString& /*dataSource*/,
                                     const kxString& /*password*/,
                                     kxString& message) {
     std::error_code error;
-    if (a.empty() || !std::filesystem::is_directory(a.c_str(), error)) {
-        message = "The base directory \"" + a + "\" is not there.";
+    const bool cut = a.find('\0') != kxString::npos;
+    if (a.empty() || cut || !std::filesystem::is_directory(a.c_str(), error)) {
+        message = "The base directory \"" + catalogue::Printable(a) + "\" is not there.";
         return false;
     }
     const kxString directory = NormalPath(a);

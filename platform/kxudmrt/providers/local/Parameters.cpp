@@ -9,6 +9,10 @@
 namespace kxudm::providers {
 
 kxString NormalPath(const kxString& path) {
+    if (path.find('\0') != kxString::npos) {
+        throw UDMException("The path \"" + catalogue::Printable(path) +
+                           "\" has a zero byte in it; use one without");
+    }
     std::error_code error;
     std::filesystem::path normal =
         std::filesystem::weakly_canonical(std::filesystem::absolute(path.c_str(), error), error);
@@ -38,7 +42,19 @@ void RequireLibraryName(const kxString& name) {
 
 kxString Parameters::Text(const kxString& key) const {
     const auto found = _map.find(key);
-    return found == _map.end() ? kxString() : found->second.GetString();
+    if (found == _map.end()) {
+        return {};
+    }
+    kxString text = found->second.GetString();
+    const bool pointer = found->second.GetKind() == kxVariant::POINTER;
+    if (pointer || text.find('\0') != kxString::npos ||
+        catalogue::FirstInvalidUtf8(text) != std::string_view::npos) {
+        throw UDMException(
+            "The session parameter \"" + key + "\" is " +
+            (pointer ? kxString("a pointer") : "\"" + catalogue::Printable(text) + "\"") +
+            "; it must be UTF-8 text without zero bytes");
+    }
+    return text;
 }
 
 kxString Parameters::Required(const kxString& key) const {

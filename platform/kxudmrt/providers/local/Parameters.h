@@ -13,7 +13,8 @@ class Parameters {
   public:
     explicit Parameters(const UDMProfileMgr::Parameters& map) : _map(map) {}
 
-    // The text under a key; empty if it is missing.
+    // The text under a key; empty if it is missing. Throws UDMException if it is not UTF-8 or holds a
+    // zero byte: such a text would be another one, or cut, wherever it is kept.
     [[nodiscard]] kxString Text(const kxString& key) const;
     // Throws UDMException if it is missing or empty.
     [[nodiscard]] kxString Required(const kxString& key) const;
@@ -27,7 +28,8 @@ class Parameters {
     const UDMProfileMgr::Parameters& _map;
 };
 
-// Absolute, without "." and "..", symbolic links followed as far as the path is there.
+// Throws UDMException for a path with a zero byte, which the machine would cut there. The result is
+// absolute, without "." and "..", symbolic links followed as far as the path is there.
 [[nodiscard]] kxString NormalPath(const kxString& path);
 // Throws UDMException unless a library can have this name.
 void RequireLibraryName(const kxString& name);

@@ -1,6 +1,7 @@
 #include <regex>
 
 #include "Library.h"
+#include "store/LibraryStore.h"
 
 namespace kxudm::test {
 namespace {
@@ -190,6 +191,37 @@ TEST_F(Entities, AValueThatDoesNotFitIsRefusedAndChangesNothing) {
     EXPECT_THROW(ann->SetAttributeValue(part, "name", ""), UDMException);
     EXPECT_TRUE(part.GetAttributeValue("material").IsEmpty());
     EXPECT_THAT(recorder->told, testing::IsEmpty());
+}
+
+TEST_F(Entities, ADisplayNameIsTextOrWhatHasAText) {
+    // The definition of the first says what a display name is, that of the second doesn't.
+    for (const kxString definition : {"Part", "Shelf"}) {
+        const UDMItemHandle handle = ann->CreateEntity(definition, "Name");
+        ann->SetAttributeValue(handle, "displayname", 12);
+        EXPECT_EQ(handle.GetDisplayName(), "12");
+        kxVariant pointer(static_cast<void*>(this), "kxct::Item");
+        EXPECT_THAT(Refusal([&] { ann->SetAttributeValue(handle, "displayname", pointer); }),
+                    HasSubstr("a pointer"));
+        EXPECT_THROW(ann->SetDisplayName("\xff", handle), UDMException);
+        EXPECT_THROW(ann->SetDisplayName(kxString("a\0b", 3), handle), UDMException);
+        EXPECT_EQ(handle.GetDisplayName(), "12");
+    }
+}
+
+TEST_F(Entities, DamagedAttributesAreAnErrorThatNamesTheRevision) {
+    const UDMItemHandle part = ann->CreateEntity("Part", "Wheel");
+    {
+        const auto store = store::LibraryStore::Open(library.File());
+        sql::Statement spoil(store->Connection(), "UPDATE revision SET attributes = x'0105'");
+        spoil.Run();
+    }
+    const ProfilePtr again = library.Open("ann");
+    const UDMItemHandle spoiled = again->GetEntity(part.GetUID());
+    const auto names = HasSubstr("the stored attributes of " + part.GetUID() + " are damaged");
+    EXPECT_THAT(Refusal([&] { spoiled.GetAttributeValue("mass"); }), names);
+    EXPECT_THAT(Refusal([&] { again->SetAttributeValue(spoiled, "mass", 2.0); }), names);
+    EXPECT_THAT(Refusal([&] { ann->SetAttributeValue(part, "mass", 2.0); }), names);
+    EXPECT_EQ(spoiled.GetDisplayName(), "Wheel");
 }
 
 TEST_F(Entities, AnUnknownAttributeIsAnErrorThatNamesIt) {

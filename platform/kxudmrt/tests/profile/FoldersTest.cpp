@@ -38,6 +38,19 @@ TEST_F(Folders, AreMadeWithTheirParentsAndFoundByPath) {
     EXPECT_THAT(Children(ann, found, "folder"), ElementsAre("B"));
 }
 
+TEST_F(Folders, MayLieVeryDeep) {
+    constexpr int DEPTH = 3000;
+    kxString path;
+    for (int i = 0; i < DEPTH; ++i) {
+        path += "/d" + std::to_string(i);
+    }
+    const UDMItemHandle deepest = Made(path);
+    EXPECT_EQ(Path(deepest), path);
+    UDMItemHandle top;
+    ann->GetFolder(top, "/d0", false);
+    EXPECT_THAT(Refusal([&] { ann->MoveContent(top, deepest); }), HasSubstr("lies below it"));
+}
+
 TEST_F(Folders, AreCreatedOnceAndOnlyBelowOneThatIsThere) {
     UDMItemHandle folder;
     EXPECT_THAT(Refusal<UDMNotFoundException>([&] { ann->CreateFolder(folder, "/A/B"); }),

@@ -4,6 +4,7 @@
 #include <fstream>
 
 #include "Library.h"
+#include "store/LibraryStore.h"
 
 namespace kxudm::test {
 namespace {
@@ -373,6 +374,62 @@ TEST_F(Libraries, B11_CheckConnectionSaysInOneSentenceWhatWasReached) {
     EXPECT_THAT(message, HasSubstr("Bad.ldb"));
     EXPECT_THAT(message, Not(HasSubstr("s3cret!")));
     EXPECT_FALSE(fs::exists(library.Folder().File("base/Other.ldb")));
+}
+
+TEST_F(Libraries, B17_AFileThatIsMovedOrDeletedWhileOpenIsNotWrittenUntilItIsBack) {
+    const ProfilePtr ann = library.Open("ann");
+    const UDMItemHandle part = ann->CreateEntity("Part", "Wheel");
+    const std::string elsewhere = library.Folder().File("elsewhere.ldb");
+    fs::rename(library.File(), elsewhere);
+    for (const bool another : {false, true}) {
+        if (another) {
+            Write(library.File(), std::string(5000, 'x'));
+        }
+        EXPECT_THAT(Refusal([&] { ann->SetAttributeValue(part, "mass", 7.0); }),
+                    AllOf(HasSubstr(library.File()), HasSubstr("moved, replaced or deleted")));
+        EXPECT_EQ(part.GetAttributeValue("mass"), kxVariant(1.5));
+    }
+    fs::rename(elsewhere, library.File());
+    ann->SetAttributeValue(part, "mass", 7.0);
+    EXPECT_EQ(library.Open("ann")->GetEntity(part.GetUID()).GetAttributeValue("mass"),
+              kxVariant(7.0));
+}
+
+TEST_F(Libraries, B18_ParametersThatAreNoTextAreRefusedByTheirKey) {
+    const kxString zero("a\0b", 3);
+    for (const char* key : {"MasterDBFile",
+                            "UDMConfigFile",
+                            "RepositoryName",
+                            "RepositoryBaseDir",
+                            "WorkspaceName",
+                            "WorkspaceBaseDir",
+                            "username",
+                            "ProfileName",
+                            "CustomEntityDefinitionsFolder"}) {
+        for (const kxVariant& value : {kxVariant(zero),
+                                       kxVariant("a\xff"),
+                                       kxVariant(static_cast<void*>(this), "kxct::Item")}) {
+            Parameters params = library.Params();
+            params[key] = value;
+            EXPECT_THAT(OpenRefused(params), AllOf(HasSubstr(key), HasSubstr("UTF-8")));
+            EXPECT_THAT(Traces(), IsEmpty()) << key;
+        }
+    }
+    // A base directory is never cut: "base" is there.
+    library.Open("ann");
+    kxString message;
+    EXPECT_FALSE(UDMProfileMgr::CheckConnection(
+        "local", library.BaseDirectory() + kxString("\0x", 2), "Lib", "", "", "", "", message));
+    EXPECT_THAT(message, HasSubstr("\\x00x\" is not there"));
+}
+
+TEST_F(Libraries, OneWithoutItsCatalogueSaysSo) {
+    ProfilePtr ann = library.Open("ann");
+    UDMProfileMgr::DiscardProfile(ann);
+    store::LibraryStore::Open(library.File())->SetCatalogueXml("");
+    EXPECT_THAT(OpenRefused(library.Params()),
+                AllOf(HasSubstr(library.File()),
+                      HasSubstr("has lost its catalogue of content definitions")));
 }
 
 TEST_F(Libraries, B12_PasswordsAreInNoErrorText) {
