@@ -105,12 +105,7 @@ class Profile final : public IUDMProfile, public spi::IBulkEdit, public spi::IPr
                          bool rootsOnly,
                          bool fullText) override;
 
-    // What this version doesn't offer yet: ProfileUnsupported.cpp
-    UDMRelationHandle CreateRelation(const UDMItemHandle& first,
-                                     const UDMItemHandle& second,
-                                     const kxString& type,
-                                     bool exact) override;
-    bool RemoveRelation(const UDMItemHandle& first, const UDMItemHandle& second) override;
+    // Documents: ProfileFiles.cpp
     void GetDocuments(const UDMItemHandle& handle,
                       kxStlVector<UDMGenericDocument>& documents,
                       bool withExternal) override;
@@ -134,6 +129,13 @@ class Profile final : public IUDMProfile, public spi::IBulkEdit, public spi::IPr
                                const bool& withChildren,
                                kxStlVector<kxString>& paths) override;
     void SetVault(const UDMItemHandle& handle, const kxString& directory) override;
+
+    // What this version doesn't offer yet: ProfileUnsupported.cpp
+    UDMRelationHandle CreateRelation(const UDMItemHandle& first,
+                                     const UDMItemHandle& second,
+                                     const kxString& type,
+                                     bool exact) override;
+    bool RemoveRelation(const UDMItemHandle& first, const UDMItemHandle& second) override;
     bool ReloadContentDefinition(const kxString& definition) override;
     bool UpdateContentDefinition(const kxString& definition,
                                  const kxStlVector<UDMCdefMetaData>& metadata,

@@ -19,53 +19,6 @@ bool Profile::RemoveRelation(const UDMItemHandle& /*first*/, const UDMItemHandle
     ThrowNotOffered("RemoveRelation");
 }
 
-void Profile::GetDocuments(const UDMItemHandle& /*handle*/,
-                           kxStlVector<UDMGenericDocument>& /*documents*/,
-                           bool /*withExternal*/) {
-    ThrowNotOffered("GetDocuments");
-}
-
-AddFileBuilder Profile::BeginAddFile(const UDMItemHandle& /*handle*/) {
-    ThrowNotOffered("BeginAddFile");
-}
-
-void Profile::ReAddFile(const UDMItemHandle& /*handle*/,
-                        const kxString& /*path*/,
-                        bool /*move*/,
-                        bool /*external*/) {
-    ThrowNotOffered("ReAddFile");
-}
-
-void Profile::RemoveFile(const UDMItemHandle& /*handle*/, const kxString& /*name*/) {
-    ThrowNotOffered("RemoveFile");
-}
-
-void Profile::RetrieveFilesIntoWorkspace(const UDMItemHandle& /*handle*/,
-                                         const bool& /*overwrite*/,
-                                         const bool& /*withChildren*/,
-                                         kxStlVector<kxString>& /*paths*/) {
-    ThrowNotOffered("RetrieveFilesIntoWorkspace");
-}
-
-void Profile::RetrieveFilesToPath(const UDMItemHandle& /*handle*/,
-                                  const kxString& /*folder*/,
-                                  kxStlVector<kxString>& /*paths*/,
-                                  const kxString& /*document*/) {
-    ThrowNotOffered("RetrieveFilesToPath");
-}
-
-void Profile::RetrieveFilesToFolder(const UDMItemHandle& /*handle*/,
-                                    const kxString& /*folder*/,
-                                    const bool& /*overwrite*/,
-                                    const bool& /*withChildren*/,
-                                    kxStlVector<kxString>& /*paths*/) {
-    ThrowNotOffered("RetrieveFilesToFolder");
-}
-
-void Profile::SetVault(const UDMItemHandle& /*handle*/, const kxString& /*directory*/) {
-    ThrowNotOffered("SetVault");
-}
-
 bool Profile::ReloadContentDefinition(const kxString& /*definition*/) {
     ThrowNotOffered("ReloadContentDefinition");
 }

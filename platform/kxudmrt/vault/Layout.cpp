@@ -46,6 +46,11 @@ std::string Layout::TemporaryFolder() const {
     return directory_ + "/tmp";
 }
 
+std::string Layout::PathOf(const std::string& hash) const {
+    Entry entry;
+    return Find(hash, entry) ? entry.path : FolderOf(hash) + "/" + hash;
+}
+
 bool Layout::Find(const std::string& hash, Entry& entry) const {
     const std::string plain = FolderOf(hash) + "/" + hash;
     for (const bool compressed : {true, false}) {

@@ -38,6 +38,8 @@ class Layout {
     [[nodiscard]] FileLayer& Files() const { return files_; }
     [[nodiscard]] const std::string& Directory() const { return directory_; }
 
+    // Where the content is, or would be as it is.
+    [[nodiscard]] std::string PathOf(const std::string& hash) const;
     // False where the content is not there.
     bool Find(const std::string& hash, Entry& entry) const;
     // Tells a purge that the content is in use again. False if it went away meanwhile.

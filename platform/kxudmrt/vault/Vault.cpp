@@ -72,6 +72,11 @@ bool Vault::Holds(const std::string& hash) const {
     return layout_.Find(hash, entry);
 }
 
+std::string Vault::PathOf(const std::string& hash) const {
+    CheckHash(hash);
+    return layout_.PathOf(hash);
+}
+
 std::unique_ptr<ContentReader> Vault::Open(const std::string& hash) const {
     return OpenWith(std::make_shared<ReaderMemory>(), hash);
 }
@@ -105,7 +110,7 @@ bool Vault::Retrieve(const std::string& hash,
         if (layout_.Files().Status(target, status)) {
             CheckTarget(target);
             if (!options.overwrite) {
-                if (EqualsFile(hash, target)) {
+                if (IsContent(hash, target)) {
                     return false;
                 }
                 throw UDMStoreException("'" + Printable(target) +
@@ -131,7 +136,7 @@ void Vault::CheckTarget(const std::string& target) const {
     }
 }
 
-bool Vault::EqualsFile(const std::string& hash, const std::string& path) {
+bool Vault::IsContent(const std::string& hash, const std::string& path) {
     FileHandle handle(layout_.Files());
     if (!layout_.Files().OpenToRead(path, handle.File()) ||
         layout_.Files().Status(handle.File()).kind != FileKind::Regular) {
@@ -144,30 +149,38 @@ bool Vault::EqualsFile(const std::string& hash, const std::string& path) {
     return found.Finish() == hash;
 }
 
-void Vault::CopyOut(const std::string& hash,
-                    const std::string& target,
-                    const RetrieveOptions& options) {
+std::unique_ptr<TemporaryFile> Vault::Fetch(const std::string& hash,
+                                            const std::string& target,
+                                            const RetrieveOptions& options) {
+    CheckHash(hash);
     char* const block = Block();
     const auto content = OpenWith(memory_, hash);
     std::size_t count = content->Read(block, kBlock);
-    TemporaryFile file(layout_.Files(), FolderOf(target), kUserFile);
+    auto file = std::make_unique<TemporaryFile>(layout_.Files(), FolderOf(target), kUserFile);
     for (; count > 0; count = content->Read(block, kBlock)) {
-        file.Write(block, count);
+        file->Write(block, count);
         if (options.progress && !options.progress(count)) {
             throw StoppedException("Retrieving '" + Printable(target) +
                                    "' was stopped; it is as it was");
         }
     }
     if (options.modified) {
-        file.SetModified(*options.modified);
+        file->SetModified(*options.modified);
     }
     if (options.flush) {
-        file.Flush();
+        file->Flush();
     }
-    file.Close();
+    file->Close();
+    return file;
+}
+
+void Vault::CopyOut(const std::string& hash,
+                    const std::string& target,
+                    const RetrieveOptions& options) {
+    const std::unique_ptr<TemporaryFile> file = Fetch(hash, target, options);
     if (options.overwrite) {
-        file.MoveTo(target);
-    } else if (!file.MoveToNew(target)) {
+        file->MoveTo(target);
+    } else if (!file->MoveToNew(target)) {
         throw FileError(EEXIST, "made", target);
     }
     if (options.flush) {

@@ -90,6 +90,16 @@ class Vault {
     bool Retrieve(const std::string& hash,
                   const std::string& target,
                   const RetrieveOptions& options = {});
+    // The first half of Retrieve: the verified content under a temporary name in the folder of
+    // `target`, closed, for a caller that gives several files their names together.
+    [[nodiscard]] std::unique_ptr<TemporaryFile> Fetch(const std::string& hash,
+                                                       const std::string& target,
+                                                       const RetrieveOptions& options = {});
+    // Whether a file, wherever it lies, is this content. Links are followed; what is no regular
+    // file, or not there, is not.
+    [[nodiscard]] bool IsContent(const std::string& hash, const std::string& path);
+    // The file in which the content is stored, or would be as it is.
+    [[nodiscard]] std::string PathOf(const std::string& hash) const;
     // The content as a stream, independent of this vault's other operations.
     [[nodiscard]] std::unique_ptr<ContentReader> Open(const std::string& hash) const;
     // The first `limit` bytes, fewer only where a character of UTF-8 would be cut or the content
@@ -115,7 +125,6 @@ class Vault {
     friend class Batch;
 
     void CheckTarget(const std::string& target) const;
-    bool EqualsFile(const std::string& hash, const std::string& path);
     void CopyOut(const std::string& hash, const std::string& target, const RetrieveOptions&);
     [[nodiscard]] std::unique_ptr<ContentReader> OpenWith(std::shared_ptr<ReaderMemory>,
                                                           const std::string& hash) const;

@@ -4,11 +4,15 @@
 #include <kxudm/UDMException.h>
 #include <unistd.h>
 
+#include <algorithm>
+#include <cctype>
 #include <cerrno>
 #include <cstring>
 #include <filesystem>
+#include <vector>
 
 #include "core/UidGenerator.h"
+#include "profile/LibraryVaults.h"
 #include "sql/sqlite/Connection.h"
 #include "store/schema/Schema.h"
 
@@ -41,6 +45,38 @@ bool HasOtherLibrary(const fs::path& directory, const fs::path& except) {
         }
     }
     return false;
+}
+
+// The vaults beside the common one. None where the library can't tell any more.
+std::vector<fs::path> OtherVaultsOf(const kxString& file) {
+    std::vector<fs::path> paths;
+    try {
+        const fs::path base = fs::path(file.c_str()).parent_path();
+        profile::LibraryVaults vaults(base.string(), vault::MachineFiles());
+        for (const std::string& directory : OpenLibraryFile(file, 0)->Vaults()) {
+            paths.emplace_back(vaults.In(directory).Directory());
+        }
+    } catch (const UDMException&) {
+        // It is to be removed, whatever it is.
+    }
+    return paths;
+}
+
+// The directory was chosen by somebody, who may keep other things in it.
+void RemoveOtherVault(const fs::path& directory) {
+    std::vector<fs::path> folders;
+    std::error_code error;
+    for (const auto& entry : fs::directory_iterator(directory, error)) {
+        const std::string name = entry.path().filename().string();
+        const bool isOurs = name.size() == 2 &&
+                            std::isxdigit(static_cast<unsigned char>(name[0])) &&
+                            std::isxdigit(static_cast<unsigned char>(name[1]));
+        if (entry.is_directory(error) && (isOurs || name == "tmp")) {
+            folders.push_back(entry.path());
+        }
+    }
+    std::for_each(folders.begin(), folders.end(), RemoveOne);
+    fs::remove(directory, error);
 }
 
 // The topmost of the directories above and including `directory` that is not there.
@@ -129,11 +165,15 @@ std::unique_ptr<store::LibraryStore> OpenLibraryFile(const kxString& file,
 
 void RemoveLibraryFiles(const kxString& file) {
     const fs::path path(file.c_str());
+    const std::vector<fs::path> vaults = OtherVaultsOf(file);
     for (const char* suffix : SUFFIXES) {
         RemoveOne(path.string() + suffix);
     }
     if (!HasOtherLibrary(path.parent_path(), path)) {
         RemoveOne(path.parent_path() / "vault");
+        for (const fs::path& each : vaults) {
+            RemoveOtherVault(each);
+        }
     }
 }
 

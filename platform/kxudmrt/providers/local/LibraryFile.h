@@ -27,7 +27,7 @@ void MakeDirectories(const kxString& directory, const char* what);
 [[nodiscard]] std::unique_ptr<store::LibraryStore> OpenLibraryFile(const kxString& file,
                                                                    int busyTimeoutMilliseconds);
 
-// Removes .ldb, -wal and -shm, and the vault unless another library lies in the same directory.
+// Removes .ldb, -wal and -shm, and the vaults unless another library lies in the same directory.
 // Throws UDMStoreException, naming what could not be removed.
 void RemoveLibraryFiles(const kxString& file);
 

@@ -308,10 +308,7 @@ TEST_F(Entities, WhatIsNotOfferedYetSaysSo) {
     const UDMItemHandle part = ann->CreateEntity("Part", "Wheel");
     kxStlVector<UDMItemHandle> out;
     kxStlVector<kxString> texts;
-    kxStlVector<UDMGenericDocument> documents;
     const std::vector<std::pair<std::string, std::function<void()>>> operations{
-        {"GetDocuments", [&] { ann->GetDocuments(part, documents, true); }},
-        {"BeginAddFile", [&] { ann->BeginAddFile(part); }},
         {"CreateRelation", [&] { ann->CreateRelation(part, part, "x", false); }},
         {"AddReference", [&] { ann->AddReference(part, part, "uses"); }},
         {"GetReferredBy", [&] { ann->GetReferredBy(out, texts, part); }},
