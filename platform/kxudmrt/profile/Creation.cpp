@@ -23,6 +23,16 @@ store::AttributeList Defaults(const ContentDefinition& definition) {
     return defaults;
 }
 
+store::AttributeList WithValues(store::AttributeList defaults, const store::AttributeList& values) {
+    for (const auto& value : values) {
+        std::erase_if(defaults, [&](const auto& each) { return each.first == value.first; });
+        if (!value.second.IsEmpty()) {
+            defaults.push_back(value);
+        }
+    }
+    return defaults;
+}
+
 }  // namespace
 
 const ContentDefinition& CreatableDefinition(const Session& session, const kxString& definition) {
@@ -51,8 +61,9 @@ kxString CheckedName(const ContentDefinition& definition, const kxString& name) 
 Session::State CreateState(Session& session,
                            Operation& operation,
                            const ContentDefinition& definition,
-                           const kxString& name) {
-    const store::AttributeList defaults = Defaults(definition);
+                           const kxString& name,
+                           const store::AttributeList& values) {
+    const store::AttributeList attributes = WithValues(Defaults(definition), values);
     store::EntityRow row;
     row.uid = core::ProcessUidGenerator().Next();
     row.definition = definition.Name();
@@ -70,13 +81,13 @@ Session::State CreateState(Session& session,
     }
     row.createdTime = row.modifiedTime = operation.Stamp().time;
     row.createdUser = row.modifiedUser = session.Options().user;
-    row.packed = store::PackAttributes(defaults);
+    row.packed = store::PackAttributes(attributes);
     row.id = operation.Store().Insert({.uid = row.uid,
                                        .definition = row.definition,
                                        .name = row.name,
                                        .displayName = row.displayName,
                                        .state = row.state},
-                                      defaults,
+                                      attributes,
                                       operation.Stamp());
     Session::State state = session.StateOf(std::move(row));
     operation.NoteMade(*state);

@@ -54,6 +54,17 @@ std::vector<kxString> FolderPathParts(const kxString& path) {
     return parts;
 }
 
+const catalogue::ContentDefinition& FolderDefinition(const Session& session) {
+    for (const auto& definition : session.Catalogue()->Definitions()) {
+        if (definition->Type() == FOLDER_TYPE && !definition->IsAbstract()) {
+            return *definition;
+        }
+    }
+    throw UDMNotFoundException("The library \"" + session.Options().libraryName +
+                               "\" has no content definition of the type \"" +
+                               std::string(FOLDER_TYPE) + "\"; add one to its catalogue");
+}
+
 store::EntityId FolderOf(Session& session, const EntityState& state) {
     std::vector<store::LinkedRow> above;
     session.Store().Parents(

@@ -12,6 +12,8 @@ void RequireFolderName(const kxString& name);
 // The parts of a path, at least one. Throws UDMException, naming the path.
 [[nodiscard]] std::vector<kxString> FolderPathParts(const kxString& path);
 
+// What folders that are made by path are of. Throws UDMNotFoundException if the catalogue has none.
+[[nodiscard]] const catalogue::ContentDefinition& FolderDefinition(const Session& session);
 // The folder that an entity lies in; 0 for none.
 [[nodiscard]] store::EntityId FolderOf(Session& session, const EntityState& state);
 // The folder of that name in `parent` (0: at the top). With `ignoreCase` the exact name wins. False

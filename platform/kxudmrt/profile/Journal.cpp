@@ -1,5 +1,6 @@
 // The way in: what other sessions changed comes out of the journal, marks the states that it
 // concerns, and is queued for this session's slots with handles of this session.
+#include <set>
 #include <utility>
 
 #include "profile/DeletionsTold.h"
@@ -94,16 +95,24 @@ void Session::ApplyAll(const std::vector<store::JournalEntry>& entries) {
             QueueDeletions(*this, std::exchange(gone, {}));
         }
     };
+    // So is what came into one place with nothing else between: the operations of a long import.
+    std::set<std::pair<int, store::EntityId>> entered;
     for (const store::JournalEntry& entry : entries) {
         if (entry.session == _id) {
             continue;
         }
         if (entry.op == SIGNAL_ENTITY_DELETED) {
             gone.push_back(DeletedRowOf(entry));
-        } else {
-            flush();
-            Apply(entry);
+            entered.clear();
+            continue;
         }
+        flush();
+        if (!IsOfStructure(static_cast<SignalOption>(entry.op))) {
+            entered.clear();
+        } else if (!entered.emplace(entry.op, entry.entity).second) {
+            continue;
+        }
+        Apply(entry);
     }
     flush();
 }

@@ -132,6 +132,13 @@ void Session::QueueOwn(const Change& change) {
     }
 }
 
+void Session::TellOnce(const ChangeList& changes) {
+    if (!InBulk()) {
+        QueueOwn(changes);
+        TellEverybody();
+    }
+}
+
 std::exception_ptr Session::Dispatch() noexcept {
     if (!IsOpen() || InBulk()) {
         return {};

@@ -130,6 +130,12 @@ class Profile final : public IUDMProfile, public spi::IBulkEdit, public spi::IPr
                                kxStlVector<kxString>& paths) override;
     void SetVault(const UDMItemHandle& handle, const kxString& directory) override;
 
+    // Bulk import: ProfileImport.cpp
+    int AddFoldersAndFiles(const kxStlVector<kxString>& folders,
+                           const kxStlVector<kxString>& files,
+                           const kxString& root,
+                           const kxStlMap<kxString, kxString>& options) override;
+
     // What this version doesn't offer yet: ProfileUnsupported.cpp
     UDMRelationHandle CreateRelation(const UDMItemHandle& first,
                                      const UDMItemHandle& second,
@@ -140,10 +146,6 @@ class Profile final : public IUDMProfile, public spi::IBulkEdit, public spi::IPr
     bool UpdateContentDefinition(const kxString& definition,
                                  const kxStlVector<UDMCdefMetaData>& metadata,
                                  bool force) override;
-    int AddFoldersAndFiles(const kxStlVector<kxString>& folders,
-                           const kxStlVector<kxString>& files,
-                           const kxString& root,
-                           const kxStlMap<kxString, kxString>& options) override;
     void AddReference(const UDMItemHandle& handle,
                       const UDMItemHandle& target,
                       const kxString& type) override;

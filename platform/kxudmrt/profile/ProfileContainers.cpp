@@ -43,17 +43,6 @@ Descent Descend(Session& session, const std::vector<kxString>& parts, bool ignor
                                "\" is missing; create it first");
 }
 
-const catalogue::ContentDefinition& FolderDefinition(const Session& session) {
-    for (const auto& definition : session.Catalogue()->Definitions()) {
-        if (definition->Type() == FOLDER_TYPE && !definition->IsAbstract()) {
-            return *definition;
-        }
-    }
-    throw UDMNotFoundException("The library \"" + session.Options().libraryName +
-                               "\" has no content definition of the type \"" +
-                               std::string(FOLDER_TYPE) + "\"; add one to its catalogue");
-}
-
 // Makes the parts of the path that are missing below what the descent has reached.
 Session::State MakeFolders(Session& session,
                            Operation& operation,

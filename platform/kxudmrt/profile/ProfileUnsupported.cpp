@@ -29,13 +29,6 @@ bool Profile::UpdateContentDefinition(const kxString& /*definition*/,
     ThrowNotOffered("UpdateContentDefinition");
 }
 
-int Profile::AddFoldersAndFiles(const kxStlVector<kxString>& /*folders*/,
-                                const kxStlVector<kxString>& /*files*/,
-                                const kxString& /*root*/,
-                                const kxStlMap<kxString, kxString>& /*options*/) {
-    ThrowNotOffered("AddFoldersAndFiles");
-}
-
 void Profile::AddReference(const UDMItemHandle& /*handle*/,
                            const UDMItemHandle& /*target*/,
                            const kxString& /*type*/) {

@@ -126,6 +126,8 @@ class Session : public boost::enable_shared_from_this<Session> {
     void CatchUp();
     // Hands queued updates to the slots and rethrows what one of them threw.
     void Tell();
+    // Tells all sessions of changes of this one that were committed with Operation::TellLater.
+    void TellOnce(const ChangeList& changes);
     // Both, unless the session is closed or in a bulk edit. Returns what failed, null if nothing.
     [[nodiscard]] std::exception_ptr Dispatch() noexcept;
 
@@ -208,6 +210,8 @@ class Operation {
     void Leave();
     // Tells the slots of this session, then those of its peers. Does nothing in a bulk edit.
     void Tell();
+    // Instead: gives the changes to one who tells them together with others.
+    void TellLater(ChangeList& later) { later.Append(std::move(_changes)); }
 
   private:
     boost::shared_ptr<Session> _session;  // a slot may discard the session

@@ -1,0 +1,94 @@
+// Brings planned folders and files into the library.
+//
+// Layer: profile. Files are taken into the vault first, many together, then their rows follow in
+// one transaction: at every moment the library has whole contents only, and other writers wait for
+// the rows alone, never for the reading. A strict import is one such group, whatever its size.
+#pragma once
+
+#include <map>
+#include <optional>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "profile/ImportFolders.h"
+#include "profile/ImportWalk.h"
+#include "vault/Vault.h"
+
+namespace kxudm::profile {
+
+class BulkImport {
+  public:
+    // All of them outlive the import.
+    BulkImport(Session& session,
+               vault::Vault& vault,
+               const ImportOptions& options,
+               ImportReport& report);
+
+    // How many contents were made. What fails as a whole (library or vault) throws; the groups that
+    // were committed before stand.
+    int Run(const ImportPlan& plan);
+    // So far.
+    [[nodiscard]] int Made() const { return _made; }
+    // Tells the slots of what was committed, each parent once.
+    void Tell();
+
+  private:
+    using Place = ImportFolders::Place;
+
+    struct Pending {
+        std::size_t file = 0;  // in the plan
+        Place* place = nullptr;
+        const catalogue::ContentDefinition* definition = nullptr;
+        store::FileRow row;
+    };
+    // What a transaction is at.
+    struct Position {
+        bool isFolder = false;
+        std::size_t index = 0;  // of the plan's folder, or of what is pending
+    };
+    struct Refusal : Position {
+        std::string reason;
+    };
+
+    // --- Into the vault ---
+    bool TakeIn(std::size_t file);
+    void Take(std::size_t file, const std::string& source);
+    store::FileRow Store(const std::string& source);
+    const catalogue::ContentDefinition& DefinitionFor(const std::string& name, Place& place);
+    // Whether contents of that name lie there, and their files of that name.
+    bool FindNamed(Place& place, const std::string& name, std::vector<store::FileRow>& files);
+    bool IsFile(const store::FileRow& row, const std::string& source, std::uint64_t size);
+    [[nodiscard]] bool IsGroupFull() const;
+
+    // --- Rows ---
+    void WriteGroup();
+    std::optional<Refusal> TryWrite(std::size_t from);
+    void Write(std::size_t from, std::size_t to, std::size_t foldersEnd, Position& position);
+    void MakeWanted(Operation& operation, std::size_t& next, std::size_t end, Position& position);
+    bool WriteContent(Operation& operation, const Pending& pending);
+    void PlaceContent(Operation& operation,
+                      const Session::State& content,
+                      const Session::State& folder);
+    void FinishContent(Operation& operation, const Session::State& content);
+
+    Session& _session;
+    vault::Vault& _vault;
+    const ImportOptions& _options;
+    ImportReport& _report;
+    const std::shared_ptr<const catalogue::Catalogue> _catalogue;
+    ImportFolders _folders;
+
+    const ImportPlan* _plan = nullptr;
+    std::optional<vault::Batch> _batch;
+    std::vector<Pending> _pending;
+    std::map<std::pair<const Place*, std::string_view>, std::size_t> _pendingNames;
+    std::uint64_t _pendingBytes = 0;
+    std::size_t _nextFolder = 0;  // folders of the plan before it are made where wanted
+    std::set<std::size_t> _refusedFolders;
+    bool _atEnd = false;
+    int _made = 0;
+    ChangeList _changes;
+};
+
+}  // namespace kxudm::profile
