@@ -193,4 +193,19 @@ void LinkChild(Session& session,
     operation.Touch(parent);
 }
 
+void UnlinkChild(Session& session,
+                 Operation& operation,
+                 const Session::State& parent,
+                 const Session::State& child,
+                 LinkKind kind) {
+    session.RequireEditable(*parent);
+    operation.Store().RemoveLink(
+        parent->Id(), child->Id(), kind, {}, parent->Revision(), operation.Stamp());
+    const SignalOption code =
+        kind == LinkKind::Owner ? SIGNAL_CHILD_REMOVED : SIGNAL_REFERENCE_REMOVED;
+    operation.Record(Change::OfChild(code, parent, child)
+                         .Private(parent->IsPrivate() || child->IsNeverPublished()));
+    operation.Touch(parent);
+}
+
 }  // namespace kxudm::profile

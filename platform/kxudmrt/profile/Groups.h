@@ -26,6 +26,13 @@ struct Selection {
 [[nodiscard]] Selection SelectionOf(const catalogue::ContentDefinition& parent,
                                     const kxString& group);
 
+// What this revision holds by the selected links, in their order; groups in the definition's order.
+// `out` is appended to. In ProfileChildren.cpp.
+void ListSelected(Session& session,
+                  const EntityState& parent,
+                  const Selection& selection,
+                  kxStlVector<UDMItemHandle>& out);
+
 // The group of `parent` into which a child of this definition is put. An empty name means the
 // first one that takes it, owners before others. Throws if it isn't there or doesn't take it.
 [[nodiscard]] const catalogue::GroupDefinition& GroupFor(const EntityState& parent,
@@ -51,6 +58,12 @@ void LinkChild(Session& session,
                const Session::State& parent,
                const Session::State& child,
                const catalogue::GroupDefinition& group);
+// Ends the owner links, references or relations from parent to child, whatever their name.
+void UnlinkChild(Session& session,
+                 Operation& operation,
+                 const Session::State& parent,
+                 const Session::State& child,
+                 store::LinkKind kind);
 // Does nothing if it lies there already.
 void PutIntoFolder(Session& session,
                    Operation& operation,

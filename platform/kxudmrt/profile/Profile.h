@@ -51,6 +51,23 @@ class Profile final : public IUDMProfile, public spi::IBulkEdit, public spi::IPr
                     const kxString& relation,
                     bool anyRevision) override;
 
+    // Relations and references: ProfileRelations.cpp, ProfileReferences.cpp
+    UDMRelationHandle CreateRelation(const UDMItemHandle& first,
+                                     const UDMItemHandle& second,
+                                     const kxString& type,
+                                     bool exact) override;
+    bool RemoveRelation(const UDMItemHandle& first, const UDMItemHandle& second) override;
+    void AddReference(const UDMItemHandle& handle,
+                      const UDMItemHandle& target,
+                      const kxString& type) override;
+    void GetReferences(kxStlVector<UDMItemHandle>& targets,
+                       const UDMItemHandle& handle,
+                       const kxString& type) override;
+    void RemoveReference(const UDMItemHandle& handle, const UDMItemHandle& target) override;
+    void GetReferredBy(kxStlVector<UDMItemHandle>& referring,
+                       kxStlVector<kxString>& types,
+                       const UDMItemHandle& handle) override;
+
     // Classifications and folders: ProfileContainers.cpp
     void GetClassifications(kxStlVector<UDMItemHandle>& classifications,
                             const kxString& expression) override;
@@ -137,25 +154,10 @@ class Profile final : public IUDMProfile, public spi::IBulkEdit, public spi::IPr
                            const kxStlMap<kxString, kxString>& options) override;
 
     // What this version doesn't offer yet: ProfileUnsupported.cpp
-    UDMRelationHandle CreateRelation(const UDMItemHandle& first,
-                                     const UDMItemHandle& second,
-                                     const kxString& type,
-                                     bool exact) override;
-    bool RemoveRelation(const UDMItemHandle& first, const UDMItemHandle& second) override;
     bool ReloadContentDefinition(const kxString& definition) override;
     bool UpdateContentDefinition(const kxString& definition,
                                  const kxStlVector<UDMCdefMetaData>& metadata,
                                  bool force) override;
-    void AddReference(const UDMItemHandle& handle,
-                      const UDMItemHandle& target,
-                      const kxString& type) override;
-    void GetReferences(kxStlVector<UDMItemHandle>& targets,
-                       const UDMItemHandle& handle,
-                       const kxString& type) override;
-    void RemoveReference(const UDMItemHandle& handle, const UDMItemHandle& target) override;
-    void GetReferredBy(kxStlVector<UDMItemHandle>& referring,
-                       kxStlVector<kxString>& types,
-                       const UDMItemHandle& handle) override;
     void Export(const kxString& path, const kxStlVector<kxString>& uids, int scope) override;
     void Import(const kxString& path) override;
 

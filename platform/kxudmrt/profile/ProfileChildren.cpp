@@ -14,12 +14,12 @@ using catalogue::GroupDefinition;
 using store::LinkedRow;
 using store::LinkKind;
 
-// Place of each owner group in the definition's order; names that are not there come last.
+// Place of each group of a category in the definition's order; names that are not there come last.
 class GroupOrder {
   public:
-    explicit GroupOrder(const catalogue::ContentDefinition& definition) {
+    GroupOrder(const catalogue::ContentDefinition& definition, LinkKind kind) {
         for (const GroupDefinition* group : definition.Groups()) {
-            if (group->category == catalogue::kOwner) {
+            if (KindOfCategory(group->category) == kind) {
                 _names.emplace_back(group->name);
             }
         }
@@ -41,6 +41,10 @@ class GroupOrder {
 
     std::vector<std::string_view> _names;
 };
+
+bool NeedsGroupOrder(const Selection& selection) {
+    return selection.name.empty() && !IsContainerKind(selection.kind);
+}
 
 bool IsLeftOut(const Session& session, const Selection& selection, const LinkedRow& row) {
     if (selection.filter == nullptr) {
@@ -65,8 +69,8 @@ std::vector<LinkedRow> ChildRows(Session& session,
                              withAttributes,
                              condition);
     std::erase_if(rows, [&](const LinkedRow& row) { return IsLeftOut(session, selection, row); });
-    if (selection.kind == LinkKind::Owner && selection.name.empty()) {
-        GroupOrder(*parent.Definition()).Sort(rows);
+    if (NeedsGroupOrder(selection)) {
+        GroupOrder(*parent.Definition(), selection.kind).Sort(rows);
     }
     return rows;
 }
@@ -88,7 +92,7 @@ void ListChildren(Session& session,
         listed.push_back(child.get());
         children.emplace_back(std::move(child));
     };
-    if (selection.kind == LinkKind::Owner && selection.name.empty()) {
+    if (NeedsGroupOrder(selection)) {
         std::vector<LinkedRow> rows = ChildRows(session, parent, selection, true);
         std::for_each(rows.begin(), rows.end(), take);
     } else {
@@ -145,22 +149,24 @@ bool HasGroupFor(const Session& session,
            child.Definition()->IsAllowedIn(*found);
 }
 
-void RemoveBorneByParent(Session& session,
-                         Operation& operation,
-                         const Session::State& parent,
-                         const Session::State& child,
-                         LinkKind kind) {
-    session.RequireEditable(*parent);
-    operation.Store().RemoveLink(
-        parent->Id(), child->Id(), kind, {}, parent->Revision(), operation.Stamp());
-    const SignalOption code =
-        kind == LinkKind::Owner ? SIGNAL_CHILD_REMOVED : SIGNAL_REFERENCE_REMOVED;
-    operation.Record(Change::OfChild(code, parent, child)
-                         .Private(parent->IsPrivate() || child->IsNeverPublished()));
-    operation.Touch(parent);
-}
-
 }  // namespace
+
+void ListSelected(Session& session,
+                  const EntityState& parent,
+                  const Selection& selection,
+                  kxStlVector<UDMItemHandle>& out) {
+    Listings::Place place(
+        parent.Id(), parent.Revision(), selection.kind, selection.name, selection.filter);
+    const Listings::Children* known = session.Listed().Find(place, session.LinkEpoch());
+    if (known == nullptr) {
+        ListChildren(session, parent, selection, std::move(place), out);
+        return;
+    }
+    out.reserve(out.size() + known->size());
+    for (EntityState* child : *known) {
+        out.emplace_back(child->shared_from_this());
+    }
+}
 
 void Profile::RemoveChild(const UDMItemHandle& parent, const UDMItemHandle& child) {
     Operation operation(*_session, "RemoveChild");
@@ -175,7 +181,7 @@ void Profile::RemoveChild(const UDMItemHandle& parent, const UDMItemHandle& chil
         if (IsContainerKind(kind)) {
             LeaveContainer(*_session, operation, held, holder, kind);
         } else {
-            RemoveBorneByParent(*_session, operation, holder, held, kind);
+            UnlinkChild(*_session, operation, holder, held, kind);
         }
         removed = true;
     }
@@ -248,17 +254,7 @@ void Profile::GetChildren(kxStlVector<UDMItemHandle>& children,
         ListChildrenThat(*_session, *holder, selection, condition, children);
         return;
     }
-    Listings::Place place(
-        holder->Id(), holder->Revision(), selection.kind, selection.name, selection.filter);
-    const Listings::Children* known = _session->Listed().Find(place, _session->LinkEpoch());
-    if (known == nullptr) {
-        ListChildren(*_session, *holder, selection, std::move(place), children);
-        return;
-    }
-    children.reserve(children.size() + known->size());
-    for (EntityState* child : *known) {
-        children.emplace_back(child->shared_from_this());
-    }
+    ListSelected(*_session, *holder, selection, children);
 }
 
 void Profile::GetParents(kxStlVector<UDMItemHandle>& parents,

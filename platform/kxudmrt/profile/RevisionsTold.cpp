@@ -73,7 +73,8 @@ void RecordPublishedParents(Session& session,
                             const Session::State& published) {
     std::vector<store::LinkedRow> parents;
     for (const auto& [kind, code] : {std::pair(LinkKind::Owner, SIGNAL_CHILD_ADDED),
-                                     std::pair(LinkKind::Reference, SIGNAL_REFERENCE_ADDED)}) {
+                                     std::pair(LinkKind::Reference, SIGNAL_REFERENCE_ADDED),
+                                     std::pair(LinkKind::Relation, SIGNAL_REFERENCE_ADDED)}) {
         parents.clear();
         session.Store().Parents(
             published->Id(), published->Revision(), kind, {}, store::THE_PUBLIC, parents);

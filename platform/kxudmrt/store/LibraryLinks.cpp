@@ -195,9 +195,21 @@ std::int64_t CountLaid(sql::Connection& connection, const Laid& listing) {
 
 }  // namespace
 
+bool LibraryStore::IsThere(const Link& link) {
+    if (link.kind != LinkKind::Relation) {
+        return HasLink(link.parent, link.child, link.kind, link.name, link.revision);
+    }
+    sql::Statement find(*connection_, statements::HAS_RELATION);
+    find.BindAll(link.parent, link.child, link.name, link.revision);
+    if (link.exactChildRevision != NO_REVISION) {
+        find.Bind(5, link.exactChildRevision);
+    }
+    return find.Step();
+}
+
 void LibraryStore::AddLink(const Link& link, const Stamp& stamp) {
     sql::Transaction transaction(*connection_);
-    if (!link.childIsNew && HasLink(link.parent, link.child, link.kind, link.name, link.revision)) {
+    if (!link.childIsNew && IsThere(link)) {
         throw UDMException(LinkText(link.parent, link.child, link.name) +
                            " is there already; remove it first to add it anew");
     }
@@ -306,7 +318,12 @@ void LibraryStore::Parents(EntityId child,
                            std::vector<LinkedRow>& out,
                            bool older) {
     const Condition all;
-    if (older) {
+    if (kind == LinkKind::Relation) {
+        sql::Statement statement(*connection_,
+                                 older ? statements::RELATED_OLDER : statements::RELATED);
+        statement.BindAll(viewer.user, viewer.workspace, child, kind, name, childRevision);
+        ReadAll(statement, kind, out);
+    } else if (older) {
         sql::Statement statement(
             *connection_,
             BorneByParent(kind) ? statements::PARENTS_OLDER : statements::PLACES_OLDER);

@@ -105,14 +105,14 @@ AttributeList UnpackedAttributes(const EntityRow& row) {
 }
 
 // Everything that belongs to the working revision alone takes the place of the published one.
-void CloseIntervals(sql::Connection& connection, EntityId id) {
+void CloseIntervals(sql::Connection& connection, EntityId id, int published) {
     for (const auto* named : {&statements::DROP_COVERED_HEADS,
                               &statements::DROP_MASKS,
                               &statements::PUBLISH_HEADS,
-                              &statements::CLOSE_LINKS,
                               &statements::CLOSE_FILES}) {
         Run(connection, *named, id);
     }
+    Run(connection, statements::CLOSE_LINKS, id, published);
 }
 
 void OpenWorking(sql::Connection& connection,
@@ -198,7 +198,7 @@ int LibraryStore::Publish(EntityId id, std::string_view comment, bool keep, cons
         stamp.by.user,
         comment);
     Run(*connection_, statements::SET_PUBLISHED, id, number);
-    CloseIntervals(*connection_, id);
+    CloseIntervals(*connection_, id, number);
     if (first) {
         Run(*connection_, statements::MOVE_EXACT, id, number);
         Run(*connection_, statements::MOVE_WORKSPACE_STATE, id, number);

@@ -199,6 +199,9 @@ class LibraryStore {
 
     // --- Links ---
 
+    // Whether this very link is there. Relations to different exact revisions, or to the newest
+    // one, are different links.
+    [[nodiscard]] bool IsThere(const Link& link);
     // Last in the order of its parent, kind and name. A link that is there already is an error, as
     // is one of kind Owner, Folder or Category that would close a cycle.
     void AddLink(const Link& link, const Stamp& stamp);
@@ -250,7 +253,8 @@ class LibraryStore {
     // what the viewer has given up in working revisions of its own doesn't count.
     bool AnyOwner(EntityId child, bool alsoSharing, const Viewer& viewer, OwnerInfo& owner);
     // Parents whose newest revision holds the link; with `older` also those of which only an older
-    // one does. Each parent once per link name.
+    // one does. Each parent once per link name, in the order of creation. `childRevision` counts
+    // for the kinds that the child bears, and for exact relations (NO_REVISION: to any revision).
     void Parents(EntityId child,
                  int childRevision,
                  LinkKind kind,

@@ -59,9 +59,11 @@ inline constexpr NamedStatement DROP_MASKS{
 inline constexpr NamedStatement PUBLISH_HEADS{
     "publish head attributes",
     "UPDATE head_attribute SET working = 0 WHERE entity = ?1 AND working = 1"};
+// Up to revision ?2, which is published: an exact relation ends behind it.
 inline constexpr NamedStatement CLOSE_LINKS{
     "close links",
-    "UPDATE link SET to_rev = ending, ending = NULL WHERE first = ?1 AND ending IS NOT NULL"};
+    "UPDATE link SET to_rev = ending, ending = NULL WHERE first = ?1 AND ending IS NOT NULL"
+    " AND ending <= ?2"};
 inline constexpr NamedStatement CLOSE_FILES{
     "close files",
     "UPDATE file SET to_rev = ending, ending = NULL WHERE entity = ?1 AND to_rev = " KXUDM_OPEN
@@ -106,7 +108,9 @@ inline constexpr NamedStatement DROP_NEW_LINKS{
     "DELETE FROM link WHERE first = ?1 AND kind IN (1, 2, 3, 4, 5) AND to_rev = " KXUDM_OPEN
     " AND from_rev = ?2"};
 inline constexpr NamedStatement REOPEN_LINKS{
-    "reopen links", "UPDATE link SET ending = NULL WHERE first = ?1 AND ending IS NOT NULL"};
+    "reopen links",
+    "UPDATE link SET ending = NULL WHERE first = ?1 AND ending IS NOT NULL"
+    " AND (kind <> 5 OR exact IS NULL)"};
 inline constexpr NamedStatement DROP_NEW_FILES{
     "drop new files",
     "DELETE FROM file WHERE entity = ?1 AND to_rev = " KXUDM_OPEN " AND from_rev = ?2"};

@@ -128,7 +128,8 @@ struct Link {
     bool composition = false;
     // The child has no link of any kind yet: there can be neither a double nor a cycle.
     bool childIsNew = false;
-    // Not NO_REVISION: the link stays on this revision of the child (Owner, Reference, Relation).
+    // Not NO_REVISION: the link stays on this revision of the child (Owner, Reference, Relation). A
+    // relation then stays on this revision of its parent, too.
     int exactChildRevision = NO_REVISION;
 };
 

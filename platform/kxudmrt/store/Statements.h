@@ -156,11 +156,14 @@ inline constexpr NamedStatement UNHIDE{
 
 inline constexpr NamedStatement INSERT_LINK{
     "insert link",
-    "INSERT INTO link(first, kind, name, position, second, from_rev, exact, composition, entry)"
-    " VALUES (?1, ?2, ?3, (SELECT coalesce(max(position), 0) + 1 FROM link WHERE first = ?1"
+    "INSERT INTO link(first, kind, name, position, second, from_rev, exact, composition, entry,"
+    " ending) VALUES (?1, ?2, ?3, (SELECT coalesce(max(position), 0) + 1 FROM link WHERE first = ?1"
     " AND kind = ?2 AND to_rev = " KXUDM_OPEN
     " AND name = ?3), ?4, ?5, ?6, ?7,"
-    " CASE WHEN ?2 = 3 THEN (SELECT name FROM entity WHERE id = ?1) END)"};
+    " CASE WHEN ?2 = 3 THEN (SELECT name FROM entity WHERE id = ?1) END,"
+    // An exact relation ends behind its revision; 0 becomes 1 at the first publish.
+    " CASE WHEN ?2 = 5 AND ?6 IS NOT NULL THEN (SELECT max(?5, 1) + 1 FROM revision"
+    " WHERE id = (?1 << 24) + ?5 AND state = 0) END)"};
 // Two ends of a link are looked up at once while it is open: one end alone may have a million.
 // Closed ones are found from the bearing end, where none is closed later than the newest revision.
 inline constexpr NamedStatement HAS_LINK{
@@ -170,6 +173,12 @@ inline constexpr NamedStatement HAS_LINK{
     " AND (ending IS NULL OR ending > ?5) UNION ALL"
     " SELECT 1 FROM link WHERE first = ?1 AND kind = ?3 AND to_rev > ?5 AND to_rev < " KXUDM_OPEN
     " AND +second = ?2 AND (?4 = '' OR name = ?4) AND from_rev <= ?5"};
+// A relation of the newest revision, ?5 NULL: one that follows the newest of the second end.
+inline constexpr NamedStatement HAS_RELATION{
+    "has relation",
+    "SELECT 1 FROM link WHERE second = ?2 AND kind = 5 AND to_rev = " KXUDM_OPEN
+    " AND first = ?1 AND name = ?3 AND from_rev <= ?4 AND (ending IS NULL OR ending > ?4)"
+    " AND exact IS ?5"};
 // Links of one revision only, which nobody saw in another: gone without a trace.
 inline constexpr NamedStatement DROP_LINK{
     "drop link",
@@ -205,11 +214,11 @@ inline constexpr NamedStatement COUNT_CHILDREN_ALL{"count children of all groups
 inline constexpr NamedStatement CONTENTS{"contents",
                                          "SELECT " KXUDM_ROW
                                          "NULL, l.name, l.position" KXUDM_LAID_FROM
-                                         " AND (?5 = '' OR l.name = ?5) ORDER BY l.first"};
+                                         " AND (?5 = '' OR l.name = ?5) ORDER BY l.first, l.name"};
 inline constexpr NamedStatement CONTENTS_WITH_ATTRIBUTES{
     "contents with attributes",
     "SELECT " KXUDM_ROW "r.attributes, l.name, l.position" KXUDM_LAID_FROM
-    " AND (?5 = '' OR l.name = ?5) ORDER BY l.first"};
+    " AND (?5 = '' OR l.name = ?5) ORDER BY l.first, l.name"};
 inline constexpr NamedStatement COUNT_CONTENTS{
     "count contents", "SELECT count(*)" KXUDM_LAID_FROM " AND (?5 = '' OR l.name = ?5)"};
 // Parents of which any revision holds a link to the child, each once per name.
@@ -220,6 +229,20 @@ inline constexpr NamedStatement PARENTS_OLDER{
     " CROSS JOIN revision r ON r.id = (e.id << 24) + " KXUDM_SEEN
     " WHERE l.second = ?3 AND l.kind = ?4 AND l.from_rev <= (r.id & 16777215)"
     " AND (?5 = '' OR l.name = ?5) ORDER BY l.first, l.name"};
+// The same of relations to revision ?6 of the child; negative: to any of its revisions.
+inline constexpr NamedStatement RELATED{
+    "related",
+    "SELECT DISTINCT " KXUDM_ROW "NULL, l.name, 0" KXUDM_LAID_FROM
+    " AND (?5 = '' OR l.name = ?5) AND (?6 < 0 OR coalesce(l.exact, ?6) = ?6)"
+    " ORDER BY l.first, l.name"};
+inline constexpr NamedStatement RELATED_OLDER{
+    "related with older ones",
+    "SELECT DISTINCT " KXUDM_ROW
+    "NULL, l.name, 0 FROM link l CROSS JOIN entity e ON e.id = l.first AND e.deleted = 0"
+    " CROSS JOIN revision r ON r.id = (e.id << 24) + " KXUDM_SEEN
+    " WHERE l.second = ?3 AND l.kind = ?4 AND l.from_rev <= (r.id & 16777215)"
+    " AND (?5 = '' OR l.name = ?5) AND (?6 < 0 OR coalesce(l.exact, ?6) = ?6)"
+    " ORDER BY l.first, l.name"};
 // Folders or classifications that any revision up to ?5 of the child lies in.
 inline constexpr NamedStatement PLACES_OLDER{
     "places with older ones",

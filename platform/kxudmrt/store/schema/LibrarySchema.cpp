@@ -17,6 +17,8 @@ namespace {
 //   the parent for kinds 1, 2 and 5, the child for 3 and 4. to_rev 2147483647 is open. A link
 //   removed in a working revision stays open with `ending` set to it, until its publish closes it
 //   and its undo clears `ending`: so the newest revision of anybody needs the open links only.
+// - An exact relation has `ending` behind its one revision of `first` from the start; it is closed
+//   by the publish of the next revision.
 // - `entry` repeats the child's name in links of kind 3, for the look-up of folder paths.
 // - from_rev 0 stays as it is when revision 0 is published as 1.
 // - A journal entry with a negative op is told to everybody but its user in its workspace.

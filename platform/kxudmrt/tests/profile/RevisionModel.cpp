@@ -245,6 +245,7 @@ bool RevisionModel::CheckOut(
     }
     e.working = e.published.rbegin()->second;
     e.working->comment = comment;
+    std::erase_if(e.working->relations, [](const Relation& each) { return each.exact != NEWEST; });
     e.number = e.published.rbegin()->first + 1;
     e.holder = user;
     return true;
@@ -253,6 +254,7 @@ bool RevisionModel::CheckOut(
 int RevisionModel::Branch(int user, int entity, int number) {
     Revision revision = At(entity).published.at(number);
     revision.comment.clear();
+    revision.relations.clear();
     std::erase_if(revision.links, [&](const Link& link) {
         bool owned = link.group == KITS;
         for (int owner = 0; owner < Count() && link.group == MATES; ++owner) {
@@ -303,6 +305,7 @@ bool RevisionModel::Publish(int user, int entity, const std::string& comment, bo
     }
     Entity& e = _entities[entity];
     const int number = e.published.empty() ? 1 : e.number;
+    MoveExact(entity, e.number, number);
     if (!comment.empty()) {
         e.working->comment = comment;
     }
@@ -338,6 +341,7 @@ bool RevisionModel::Undo(int user, int entity) {
     if (!Edits(user, entity) || e.published.empty() || WasOwnedAnew(entity)) {
         return false;
     }
+    DropExact(entity, e.number);
     e.working.reset();
     e.holder = -1;
     return true;

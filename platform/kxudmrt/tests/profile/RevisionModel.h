@@ -16,6 +16,7 @@ class RevisionModel {
     static constexpr const char* GROUPS[] = {"kits", "mates", "uses"};
     static constexpr std::size_t MOST_MATES = 3;
     static constexpr int NOWHERE = -1;
+    static constexpr int NEWEST = -1;
 
     struct Link {
         Group group;
@@ -24,11 +25,19 @@ class RevisionModel {
         // Whether it makes the parent an owner.
         [[nodiscard]] bool Owns() const { return group != USES; }
     };
+    struct Relation {
+        std::string type;
+        int second;
+        int exact = NEWEST;  // revision of `second`; the relation is then of this revision alone
+        bool operator==(const Relation&) const = default;
+    };
     struct Revision {
         int load = 0;
         std::string comment = {};
         int folder = NOWHERE;
         std::vector<Link> links = {};
+        std::set<int> classes = {};
+        std::vector<Relation> relations = {};
 
         [[nodiscard]] bool Has(const Link& link) const;
     };
@@ -56,6 +65,10 @@ class RevisionModel {
     [[nodiscard]] std::vector<int> Children(int user, const Revision& parent, Group group) const;
     [[nodiscard]] std::set<int> Parents(int user, int child, bool owners) const;
     [[nodiscard]] std::vector<int> InFolder(int user, int folder) const;
+    [[nodiscard]] std::vector<int> UnderClass(int user, int classification) const;
+    // First ends of relations to a revision of the second.
+    [[nodiscard]] std::set<int> RelatedTo(
+        int user, int second, int number, const std::string& type, bool anyRevision) const;
     [[nodiscard]] std::vector<int> Branches(int user, int entity) const;
     [[nodiscard]] std::set<int> Roots(int user) const;
     // All of it as text: equal if the user sees no difference.
@@ -70,7 +83,12 @@ class RevisionModel {
     bool AddLink(int user, int parent, const Link& link);
     // Out of all groups.
     bool RemoveLinks(int user, int parent, int child);
+    bool RemoveReferences(int user, int parent, int child);
     bool Move(int user, int entity, int folder);
+    bool Classify(int user, int entity, int classification);
+    bool Declassify(int user, int entity, int classification);
+    bool Relate(int user, int first, const Relation& relation);
+    bool Unrelate(int user, int first, int second);
     // Of the newest revision, or a branch of an older one, whose number is in `branch` then.
     bool CheckOut(int user, int entity, int number, const std::string& comment, int& branch);
     bool Save(int user, int entity, const std::string& comment);
@@ -89,6 +107,9 @@ class RevisionModel {
     [[nodiscard]] bool WasOwnedAnew(int entity) const;
     void CollectOwned(int entity, std::set<int>& out) const;
     int Branch(int user, int entity, int number);
+    // What stays on a revision that gets a new number, or goes.
+    void MoveExact(int entity, int from, int to);
+    void DropExact(int entity, int number);
 
     std::vector<Entity> _entities;
 };
