@@ -24,7 +24,7 @@ function(kxct_pkgconfig name description requires)
 endfunction()
 
 kxct_pkgconfig(kxutl "Strings, variants and containers" "")
-kxct_pkgconfig(kxsigslot "Signals and listeners" "kxutl")
+kxct_pkgconfig(kxsigslot "Signals and listeners" "kxutl kxinterp")
 kxct_pkgconfig(kxlmosa "Files, directories and time" "kxutl")
 kxct_pkgconfig(kxinterp "Registry of interpreters and the Tcl interpreter" "kxutl")
 kxct_pkgconfig(kxlmcore "Messages, responder and dialog interfaces" "kxutl")

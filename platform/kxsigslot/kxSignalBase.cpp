@@ -39,6 +39,7 @@ void kxSignalBase::DropListener(const kxListenerBase& listener) {
         if (connection->_listener == &listener) {
             connection->_listener = nullptr;
             connection->_disconnected = true;
+            connection->Ended();
             _anyEnded = true;
         }
     }
@@ -47,6 +48,7 @@ void kxSignalBase::DropListener(const kxListenerBase& listener) {
 
 void kxSignalBase::End(kxConnectionBase& connection) {
     connection._disconnected = true;
+    connection.Ended();
     _anyEnded = true;
     if (kxListenerBase* listener = std::exchange(connection._listener, nullptr)) {
         listener->SignalDisconnected(*this);

@@ -15,7 +15,17 @@
 //     signals.ItemUpdated.disconnect(&view);
 //
 // A method may be connected several times and is then called as often. Its result is ignored.
+//
+// Scripts are connected in three ways (kxScriptConnection.h):
+//
+//     signals.ItemUpdated.connect_script("heard");                 // heard ITEM
+//     signals.ItemUpdated.connect_script(&view, "OnItemUpdated");  // View::OnItemUpdated VIEW ITEM
+//     signals.ItemUpdated.disconnect_script("heard");
+//
+// The object in the second form may be a listener, and is then disconnected when it dies, or any
+// other object, which has to be disconnected before.
 
+#include <kxsigslot/kxScriptConnection.h>
 #include <kxsigslot/kxSignalBase.h>
 
 #include <concepts>
@@ -23,16 +33,6 @@
 #include <memory>
 #include <type_traits>
 #include <utility>
-
-// A connection that can be called with the arguments of a signal.
-template <class... Arguments>
-class kxConnection : public kxConnectionBase {
-  public:
-    virtual void Call(Arguments... arguments) = 0;
-
-  protected:
-    using kxConnectionBase::kxConnectionBase;
-};
 
 // Calls a method of a listener. `Method` is a pointer to a member function.
 template <class Listener, class Method, class... Arguments>
@@ -83,10 +83,43 @@ class kxSignalOf : public kxSignalBase {
                    candidate->GetMethod() == method;
         });
     }
+    // A script procedure by its name.
+    void connect_script(const kxString& procedure) requires(kxScriptArgument<Arguments>&&...) {
+        Connect(std::make_unique<kxProcedureConnection<Arguments...>>(procedure));
+    }
+    // A script method of an object.
+    template <class Object>
+    void connect_script(Object* object,
+                        const kxString& method) requires(kxScriptArgument<Arguments>&&...) {
+        Connect(std::make_unique<MethodConnection<Object>>(object, method));
+    }
+    // Ends every connection to that procedure, or to that method of that object; false if there was
+    // none.
+    bool disconnect_script(const kxString& procedure) {
+        return DisconnectScript(kxScriptTarget(nullptr, procedure));
+    }
+    template <class Object>
+    bool disconnect_script(Object* object, const kxString& method) {
+        return DisconnectScript(
+            kxScriptTarget(MethodConnection<Object>::AddressOf(object), method));
+    }
     void raise(Arguments... arguments) {
         Round([&](kxConnectionBase& connection) {
             static_cast<kxConnection<Arguments...>&>(connection)
                 .Call(static_cast<Arguments>(arguments)...);
+        });
+    }
+
+  private:
+    template <class Object>
+    using MethodConnection = kxScriptMethodConnection<Object,
+                                                      std::derived_from<Object, kxListener<Policy>>,
+                                                      Arguments...>;
+
+    bool DisconnectScript(const kxScriptTarget& target) {
+        return DisconnectIf([&target](const kxConnectionBase& connection) {
+            const auto* candidate = dynamic_cast<const kxScriptTarget*>(&connection);
+            return candidate != nullptr && *candidate == target;
         });
     }
 };
@@ -115,6 +148,22 @@ class kxSignalHolder {
     requires kxConnectable<Listener, Method, Policy, Arguments...>
     bool disconnect(Listener* listener, Method method) {
         return _signal != nullptr && _signal->disconnect(listener, method);
+    }
+    // See kxSignalOf.
+    void connect_script(const kxString& procedure) requires(kxScriptArgument<Arguments>&&...) {
+        GetSignal().connect_script(procedure);
+    }
+    template <class Object>
+    void connect_script(Object* object,
+                        const kxString& method) requires(kxScriptArgument<Arguments>&&...) {
+        GetSignal().connect_script(object, method);
+    }
+    bool disconnect_script(const kxString& procedure) {
+        return _signal != nullptr && _signal->disconnect_script(procedure);
+    }
+    template <class Object>
+    bool disconnect_script(Object* object, const kxString& method) {
+        return _signal != nullptr && _signal->disconnect_script(object, method);
     }
     // Makes the signal object if need be, so that a later connection finds it blocked.
     void block() { GetSignal().block(); }

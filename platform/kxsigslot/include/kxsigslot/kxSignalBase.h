@@ -7,8 +7,7 @@
 // - raising the signal again does nothing;
 // - connections that are added are called in this round too;
 // - a connection that is ended is not called any more, and its object goes at the end of the round,
-// so
-//   that a method may disconnect itself or anybody else;
+//   so that a method may disconnect itself or anybody else;
 // - the signal object stays alive, whatever its owners do.
 // An exception of a called method ends the round and reaches the one who raised the signal.
 
@@ -36,8 +35,21 @@ class KXSIGSLOT_EXPORT kxConnectionBase {
   private:
     friend class kxSignalBase;
 
+    // The connection was ended just now; it will not be called any more. May not call back.
+    virtual void Ended() noexcept {}
+
     kxListenerBase* _listener;
     bool _disconnected = false;
+};
+
+// A connection that can be called with the arguments of a signal.
+template <class... Arguments>
+class kxConnection : public kxConnectionBase {
+  public:
+    virtual void Call(Arguments... arguments) = 0;
+
+  protected:
+    using kxConnectionBase::kxConnectionBase;
 };
 
 class KXSIGSLOT_EXPORT kxSignalBase : public std::enable_shared_from_this<kxSignalBase> {

@@ -1,0 +1,3 @@
+#include <kxsigslot/kxScriptConnection.h>
+
+kxScriptTarget::~kxScriptTarget() = default;
