@@ -7,21 +7,20 @@ set -euo pipefail
 export LC_ALL=C
 library=$1
 
-functions=(CreateFactory Kxct_Init Kxct_SafeInit Kxct_SetUIBrowserManager)
+functions=(CreateFactory Kxct_Init Kxct_SafeInit Kxct_SetUIBrowserManager
+  KXCT_CreateLogger KXCT_CreateResponder)
 classes=(
   KXCTFramework FactoryImpl KXCTException Utils
     UDMDBCtrl UDMSessionSlot DBCtrlCache
   ItemImpl ContentItem ContentGroupItem NoRevItem GhostItem ViewItem HistoryItem HistoryCategoryItem
   ItemManager DefaultItemManager HistoryItemManager Cache
   ControllerImpl MasterDBManagerImpl
-  Settings SettingsImpl PASettings PASettingsImpl
+  Settings SettingsImpl PASettings PASettingsImpl NorvikLibraryInfo NorvikLibraryInfoImpl
 )
 # Free functions beside the classes.
 beside=(kxct::ThrowKXCTException 'kxct::operator<')
 # Of the interface, and not there yet. What appears moves up.
 later=(
-  KXCT_CreateLogger KXCT_CreateResponder
-  kxct::NorvikLibraryInfo kxct::NorvikLibraryInfoImpl
   kxct::UIClient kxct::UIHistoryClient kxct::BrCtrl kxct::BrDataCtrl kxct::BrFilter
 )
 
