@@ -4,6 +4,7 @@
 #include <kxct/PASettings.h>
 #include <kxct/SignalHandler.h>
 #include <kxctinterfaces/Attributes.h>
+#include <kxinterp/kxPointerRegistry.h>
 
 #include <algorithm>
 #include <typeinfo>
@@ -15,6 +16,30 @@ namespace {
 bool Contains(const kxStlVector<kxString>& names, const kxString& name) {
     return std::find(names.begin(), names.end(), name) != names.end();
 }
+
+// How scripts get an item: as a pointer of the interface's type.
+kxVariant PointerTo(Item* item) {
+    kxVariant pointer;
+    pointer.SetPointer(item, typeid(Item*).name());
+    pointer._extract_simple_type();
+    return pointer;
+}
+
+// Knows whether an item is still there after a script, which may have cleared the cache.
+class ItemWatch {
+  public:
+    explicit ItemWatch(Item* item)
+        : _text(kxPointerRegistry::ToText(item, PointerTo(item).GetPointerTypeName())) {}
+
+    bool IsAlive() const {
+        void* pointer = nullptr;
+        kxString type;
+        return kxPointerRegistry::FromText(_text, pointer, type);
+    }
+
+  private:
+    kxString _text;
+};
 
 }  // namespace
 
@@ -55,8 +80,11 @@ bool ControllerImpl::SetAttributeValue(Item* item, const kxString& attribute, kx
     if (!_IsScripted(attribute)) {
         return item->SetAttributeValue(attribute, value);
     }
+    const ItemWatch watch(item);
     const bool answer = _SetScriptedAttributeValue(item, attribute, value);
-    _RaiseItemUpdated(item);
+    if (watch.IsAlive()) {
+        _RaiseItemUpdated(item);
+    }
     return answer;
 }
 
@@ -67,8 +95,11 @@ bool ControllerImpl::NextAttributeValue(Item* item, const kxString& attribute) {
     if (!_IsScripted(attribute)) {
         return item->NextAttributeValue(attribute);
     }
+    const ItemWatch watch(item);
     const bool answer = _NextScriptedAttributeValue(item, attribute);
-    _RaiseItemUpdated(item);
+    if (watch.IsAlive()) {
+        _RaiseItemUpdated(item);
+    }
     return answer;
 }
 
@@ -181,10 +212,7 @@ kxVariant ControllerImpl::_AskScript(const kxString& attribute,
     if (found == _scriptedAttributes.end()) {
         return {};
     }
-    kxVariant pointer;
-    pointer.SetPointer(item, typeid(Item*).name());
-    pointer._extract_simple_type();
-    kxStlVector<kxVariant> arguments{kxVariant(verb), pointer};
+    kxStlVector<kxVariant> arguments{kxVariant(verb), PointerTo(item)};
     if (argument != nullptr) {
         arguments.push_back(*argument);
     }

@@ -1,6 +1,7 @@
 #include <kxct/ItemImpl.h>
 #include <kxct/UDMDBCtrl.h>
 #include <kxctinterfaces/Attributes.h>
+#include <kxinterp/kxPointerRegistry.h>
 
 namespace kxct {
 
@@ -24,7 +25,10 @@ class RenderStateKeeper {
 ItemImpl::ItemImpl(ItemManager* manager, UDMDBCtrl* session, const kxString& uid)
     : m_manager(manager), m_session(session), m_uid(uid) {}
 
-ItemImpl::~ItemImpl() = default;
+ItemImpl::~ItemImpl() {
+    // Scripts know items under the pointer of the interface.
+    kxPointerRegistry::Forget(static_cast<Item*>(this));
+}
 
 bool ItemImpl::Checkout(const kxString&) {
     return false;
