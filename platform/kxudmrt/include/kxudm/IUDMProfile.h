@@ -156,21 +156,41 @@ class KXUDMRT_EXPORT IUDMProfile {
 
     // --- Files ---------------------------------------------------------------------------------
 
+    // Documents belong to a revision: what changes them needs an editable one. Names are plain file
+    // names that every system can have.
+
+    // Of the handle's revision, in the byte order of their names; `documents` is appended to.
+    // `withExternal`: files that are recorded by their path only, too.
     virtual void GetDocuments(const UDMItemHandle& handle,
                               kxStlVector<UDMGenericDocument>& documents,
                               bool withExternal) = 0;
+    // Adds a file under its own name, which must be new to the revision. The file is copied into
+    // the library and survives a loss of power, or, external, stays where it is.
     virtual AddFileBuilder BeginAddFile(const UDMItemHandle& handle) = 0;
-    // Replaces the document of the file's name. `move`: the source goes; `external`: by path only.
+    // Replaces the document of the file's name, which must be there. `move`: the source is removed
+    // once the document is safe; if that fails, the text of the error says that the document was
+    // stored. Not of an external file, of one that is external somewhere, and of a vault's own.
     virtual void ReAddFile(const UDMItemHandle& handle,
                            const kxString& path,
                            bool move,
                            bool external) = 0;
+    // Older revisions keep it.
     virtual void RemoveFile(const UDMItemHandle& handle, const kxString& name) = 0;
+
+    // The three that follow write copies, with their times, into one folder, which is made if it is
+    // missing, and append their absolute paths. All or none: where a document is missing or
+    // damaged, where two different ones would meet under one name, where a file in the folder
+    // differs and `overwrite` is false, nothing is touched. Equal files are left alone and their
+    // paths told. A listener (UDMProgress.h) that cancels leaves everything as it was.
+    // `withChildren`: with the documents of owned children at any depth, each child at the newest
+    // revision that the session sees.
+
+    // Into the directory of the session's workspace.
     virtual void RetrieveFilesIntoWorkspace(const UDMItemHandle& handle,
                                             const bool& overwrite,
                                             const bool& withChildren,
                                             kxStlVector<kxString>& paths) = 0;
-    // One document by name, or all of them where it is empty.
+    // One document by name, or all of them where it is empty. Overwrites nothing.
     virtual void RetrieveFilesToPath(const UDMItemHandle& handle,
                                      const kxString& folder,
                                      kxStlVector<kxString>& paths,
@@ -192,7 +212,9 @@ class KXUDMRT_EXPORT IUDMProfile {
                                       const UDMItemHandle& classification) = 0;
     // Makes a classification a master one, or one of the others.
     virtual void SetMaster(const UDMItemHandle& classification, bool master) = 0;
-    // Puts the entity's further files below another directory.
+    // Puts the entity's further files into another directory, below the library's base directory;
+    // that itself stands for the common vault. Of the entity, not of a revision, which must be an
+    // editable one all the same.
     virtual void SetVault(const UDMItemHandle& handle, const kxString& directory) = 0;
 
     // --- Definitions ---------------------------------------------------------------------------
