@@ -3,10 +3,10 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <filesystem>
 #include <utility>
 
 #include "profile/Creation.h"
+#include "profile/FileIntake.h"
 #include "profile/Groups.h"
 #include "profile/Words.h"
 #include "vault/SourceFile.h"
@@ -47,18 +47,11 @@ std::string HashOf(vault::SourceFile& source, ImportReport& report) {
     return hash.Finish();
 }
 
-std::string AbsolutePath(const std::string& path) {
-    return std::filesystem::absolute(path).lexically_normal().string();
-}
-
 }  // namespace
 
-BulkImport::BulkImport(Session& session,
-                       vault::Vault& vault,
-                       const ImportOptions& options,
-                       ImportReport& report)
+BulkImport::BulkImport(Session& session, const ImportOptions& options, ImportReport& report)
     : _session(session),
-      _vault(vault),
+      _vault(session.Vaults().In({})),
       _options(options),
       _report(report),
       _catalogue(session.Catalogue()),
@@ -134,33 +127,25 @@ void BulkImport::Take(std::size_t file, const std::string& source) {
         }
         return;
     }
+    if (_session.Vaults().Keeps(source)) {
+        throw UDMException("it is part of a vault of this library; name files outside of it");
+    }
     const ContentDefinition& definition = DefinitionFor(planned.name, place);
-    store::FileRow row = Store(source);
-    row.name = planned.name;
-    _pending.push_back({file, &place, &definition, std::move(row)});
+    _pending.push_back({file, &place, &definition, Store(planned.name, source)});
     _pendingNames.emplace(std::pair(&place, std::string_view(planned.name)), _pending.size() - 1);
     _pendingBytes += planned.size;
 }
 
-store::FileRow BulkImport::Store(const std::string& source) {
-    store::FileRow row;
+store::FileRow BulkImport::Store(const std::string& name, const std::string& source) {
     if (_options.external) {
-        const vault::SourceFile file(_vault.Files(), source);
-        row.size = static_cast<std::int64_t>(file.Size());
-        row.modified = file.Modified();
-        row.externalPath = AbsolutePath(source);
-        return row;
+        return ExternalFile(_session.Vaults(), source);
     }
     if (!_batch) {
         _batch.emplace(_vault);
     }
     const vault::Stored stored = _batch->Add(
         source, {.progress = [this](std::uint64_t bytes) { return _report.Advance(bytes); }});
-    row.hash = stored.hash;
-    row.size = static_cast<std::int64_t>(stored.size);
-    row.modified = stored.modified;
-    row.isText = stored.isText;
-    return row;
+    return StoredFile(name, stored, {});
 }
 
 // Everything that can be refused without reading the file.

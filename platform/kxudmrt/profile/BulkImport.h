@@ -20,10 +20,7 @@ namespace kxudm::profile {
 class BulkImport {
   public:
     // All of them outlive the import.
-    BulkImport(Session& session,
-               vault::Vault& vault,
-               const ImportOptions& options,
-               ImportReport& report);
+    BulkImport(Session& session, const ImportOptions& options, ImportReport& report);
 
     // How many contents were made. What fails as a whole (library or vault) throws; the groups that
     // were committed before stand.
@@ -54,7 +51,7 @@ class BulkImport {
     // --- Into the vault ---
     bool TakeIn(std::size_t file);
     void Take(std::size_t file, const std::string& source);
-    store::FileRow Store(const std::string& source);
+    store::FileRow Store(const std::string& name, const std::string& source);
     const catalogue::ContentDefinition& DefinitionFor(const std::string& name, Place& place);
     // Whether contents of that name lie there, and their files of that name.
     bool FindNamed(Place& place, const std::string& name, std::vector<store::FileRow>& files);
@@ -73,7 +70,7 @@ class BulkImport {
     void FinishContent(Operation& operation, const Session::State& content);
 
     Session& _session;
-    vault::Vault& _vault;
+    vault::Vault& _vault;  // new contents have no vault of their own
     const ImportOptions& _options;
     ImportReport& _report;
     const std::shared_ptr<const catalogue::Catalogue> _catalogue;

@@ -1,5 +1,4 @@
 // Bulk import: plan first, then bring in.
-#include <filesystem>
 #include <utility>
 
 #include "profile/BulkImport.h"
@@ -67,10 +66,7 @@ int Profile::AddFoldersAndFiles(const kxStlVector<kxString>& folders,
     if (report.IsCancelled()) {
         return 0;
     }
-    vault::Vault vault(
-        (std::filesystem::path(std::string(session->Options().libraryFile)).parent_path() / "vault")
-            .string());
-    BulkImport import(*session, vault, read, report);
+    BulkImport import(*session, read, report);
     const int made = Run(import, plan);
     import.Tell();
     report.RequireGoingOn();
