@@ -179,6 +179,44 @@ TEST_F(RetrieveTest, ProgressHearsOfEveryByteAndMayStop) {
     EXPECT_EQ(CountFiles(out_.Path()), 1U);
 }
 
+TEST_F(RetrieveTest, AFetchedContentIsWholeUnderATemporaryNameUntilItIsMoved) {
+    const Stored stored = Add("content");
+    const std::string target = out_.File("back");
+    {
+        const auto fetched = vault_.Fetch(stored.hash, target);
+        EXPECT_EQ(ReadFile(fetched->Path()), "content");
+        EXPECT_EQ(std::filesystem::path(fetched->Path()).parent_path(), out_.Path());
+        EXPECT_FALSE(Exists(target));
+        fetched->MoveTo(target);
+        EXPECT_EQ(ReadFile(target), "content");
+        static_cast<void>(vault_.Fetch(stored.hash, target));
+    }
+    EXPECT_EQ(CountFiles(out_.Path()), 1U);
+    EXPECT_THAT(ErrorOf([&] { static_cast<void>(vault_.Fetch("../x", target)); }),
+                HasSubstr("names no content of a vault"));
+}
+
+TEST_F(RetrieveTest, AFileIsComparedWithAContent) {
+    const Stored stored = Add("content");
+    EXPECT_TRUE(vault_.IsContent(stored.hash, out_.Write("same", "content")));
+    EXPECT_FALSE(vault_.IsContent(stored.hash, out_.Write("other", "contents")));
+    EXPECT_FALSE(vault_.IsContent(stored.hash, out_.File("none")));
+    EXPECT_FALSE(vault_.IsContent(stored.hash, out_.Path()));
+    std::filesystem::create_symlink(out_.File("same"), out_.File("link"));
+    EXPECT_TRUE(vault_.IsContent(stored.hash, out_.File("link")));
+}
+
+TEST_F(RetrieveTest, ThePathOfAContentIsThatOfItsFile) {
+    const std::string plain = Add("content").hash;
+    const std::string compressed = Add(Deck(5000)).hash;
+    EXPECT_EQ(vault_.PathOf(plain), FileOf(vault_, plain));
+    EXPECT_EQ(vault_.PathOf(compressed), FileOf(vault_, compressed));
+    vault_.Remove(plain);
+    EXPECT_EQ(vault_.PathOf(plain), vault_.Directory() + "/" + plain.substr(0, 2) + "/" + plain);
+    EXPECT_THAT(ErrorOf([&] { static_cast<void>(vault_.PathOf("../x")); }),
+                HasSubstr("names no content of a vault"));
+}
+
 TEST_F(RetrieveTest, ARelativeTargetLiesInTheCurrentFolder) {
     const std::string source = folder_.Write("source", "content");
     EXPECT_EQ(InChild([&]() -> std::string {
