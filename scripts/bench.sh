@@ -48,7 +48,7 @@ echo
 # --- Times ---
 
 # Each operation in a process of its own: what one does to the heap is nothing to the next.
-operations=("item from the cache" "item by UID" "children, first time" "children, again"
+operations=("item from the cache" "item by UID" "children, first time" "children, again" "structure"
             "attribute edit" "check-out and publish" "check-out of a parent" "history"
             "bulk creation, alone" "bulk creation, owned" "open a library")
 for operation in "${operations[@]}"; do
@@ -68,6 +68,7 @@ function budget_of(operation) {
   if (operation == "item by UID") return "2"
   if (operation == "children, first time") return "2"
   if (operation == "children, again") return "1.5"
+  if (operation == "structure") return "2"
   if (operation == "attribute edit") return "1.3"
   if (operation ~ /^check-out/) return "1.5"
   if (operation ~ /^bulk creation/) return "2"
