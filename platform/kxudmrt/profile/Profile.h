@@ -6,6 +6,7 @@
 
 #include <kxudm/IUDMProfile.h>
 #include <kxudm/spi/IBulkEdit.h>
+#include <kxudm/spi/IMaintenance.h>
 #include <kxudm/spi/IProgressSource.h>
 
 #include "profile/Groups.h"
@@ -13,7 +14,10 @@
 
 namespace kxudm::profile {
 
-class Profile final : public IUDMProfile, public spi::IBulkEdit, public spi::IProgressSource {
+class Profile final : public IUDMProfile,
+                      public spi::IBulkEdit,
+                      public spi::IMaintenance,
+                      public spi::IProgressSource {
   public:
     explicit Profile(boost::shared_ptr<Session> session) : _session(std::move(session)) {}
     ~Profile() override;
@@ -111,6 +115,12 @@ class Profile final : public IUDMProfile, public spi::IBulkEdit, public spi::IPr
     boost::shared_ptr<UDMHistoryNode> GetHistory(const UDMItemHandle& handle) override;
     bool GetSyncStatus(const UDMItemHandle& handle) override;
     void Synchronize(const UDMItemHandle& handle) override;
+
+    // The care of the library: Maintenance.cpp and Undelete.cpp
+    kxStlVector<UDMFinding> VerifyLibrary(const UDMVerifyOptions& options) override;
+    UDMPurged PurgeLibrary(const UDMPurgeOptions& options) override;
+    kxStlVector<UDMDeletedEntity> ListDeleted() override;
+    bool UndeleteEntity(const kxString& uid) override;
 
     // Queries: ProfileQueries.cpp
     std::size_t RunQuery(kxStlVector<UDMItemHandle>& hits,

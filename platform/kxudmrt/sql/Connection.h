@@ -105,6 +105,9 @@ class Connection {
     [[nodiscard]] virtual std::int64_t SeenVersion() const = 0;
     [[nodiscard]] virtual std::int64_t SchemaVersion() = 0;
     virtual void SetSchemaVersion(std::int64_t version) = 0;
+    // What the database itself finds wrong with its file, one text each; looks at all of it. Empty
+    // where a server takes care of that.
+    [[nodiscard]] virtual std::vector<std::string> IntegrityProblems() { return {}; }
     // Makes what was committed survive a loss of power. Not inside of a transaction.
     virtual void Flush() = 0;
 

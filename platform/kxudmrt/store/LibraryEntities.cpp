@@ -1,6 +1,7 @@
 // LibraryStore: entities, revisions and their deletion.
 #include <optional>
 
+#include "store/HeadValue.h"
 #include "store/LibraryStore.h"
 #include "store/RowReader.h"
 #include "store/Statements.h"
@@ -22,38 +23,11 @@ std::string UidOf(sql::Connection& connection, EntityId id) {
                                "' does not exist; read the entity again for its newest one");
 }
 
-// The value as queries see it: numbers as numbers, texts as texts, a list as its text.
-void BindHeadValue(sql::Statement& statement, int parameter, const kxVariant& value) {
-    switch (value.GetKind()) {
-        case kxVariant::EMPTY:
-            statement.BindNull(parameter);
-            break;
-        case kxVariant::BOOLEAN:
-        case kxVariant::INTEGER:
-            statement.Bind(parameter,
-                           value.GetKind() == kxVariant::BOOLEAN
-                               ? static_cast<std::int64_t>(value.GetBoolean())
-                               : value.GetInteger64());
-            break;
-        case kxVariant::FLOAT:
-        case kxVariant::DOUBLE:
-            statement.Bind(parameter, value.GetDouble());
-            break;
-        default:
-            statement.Bind(parameter, std::string_view(*value.PeekString()));
-            break;
-    }
-}
-
 void SetHead(
     sql::Statement& set, EntityId id, bool working, std::string_view name, const kxVariant& value) {
-    // A list is written as its text, which must live until the statement has run.
-    if (value.GetKind() == kxVariant::STRINGLIST) {
-        SetHead(set, id, working, name, kxVariant(value.GetString()));
-        return;
-    }
+    const sql::Value head = HeadValue(value);
     set.BindAll(id, name, working);
-    BindHeadValue(set, 4, value);
+    set.Bind(4, head);
     set.Run();
 }
 

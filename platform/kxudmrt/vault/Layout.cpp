@@ -114,6 +114,33 @@ bool Layout::Remove(const std::string& hash) const {
     return files_.Remove(plain + std::string(kCompressedSuffix)) || wasPlain;
 }
 
+std::optional<std::uint64_t> Layout::RemoveOlder(const Entry& entry, std::int64_t before) const {
+    FileStatus status;
+    if (!files_.Status(entry.path, status) || status.modified / 1000 >= before) {
+        return std::nullopt;
+    }
+    // Under another name nobody can freshen it any more: whoever comes now stores it anew, and who
+    // came just before is seen in its time.
+    const std::string aside = TemporaryFolder() + "/" + NewTemporaryName();
+    files_.MakeFolder(TemporaryFolder());
+    try {
+        files_.Rename(entry.path, aside);
+    } catch (const FileError& error) {
+        if (error.Code() == ENOENT) {
+            return std::nullopt;
+        }
+        throw;
+    }
+    if (files_.Status(aside, status) && status.modified / 1000 >= before) {
+        if (!files_.RenameToNew(aside, entry.path)) {
+            files_.Remove(aside);
+        }
+        return std::nullopt;
+    }
+    files_.Remove(aside);
+    return status.size;
+}
+
 std::unique_ptr<TemporaryFile> Layout::NewTemporary() {
     try {
         return std::make_unique<TemporaryFile>(files_, TemporaryFolder(), kReadOnly);

@@ -15,6 +15,7 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 
 #include "vault/FileLayer.h"
@@ -47,6 +48,9 @@ class Layout {
     // In no order. Files may come and go meanwhile.
     void ForEach(const std::function<void(const Entry&)>& visit) const;
     bool Remove(const std::string& hash) const;
+    // Removes it unless it was freshened at `before` (microseconds since 1970) or later, also in
+    // this very moment by another process. The bytes that it took; none if it stays or was gone.
+    std::optional<std::uint64_t> RemoveOlder(const Entry& entry, std::int64_t before) const;
 
     // Makes the vault's directory where it is missing, with its parents.
     std::unique_ptr<TemporaryFile> NewTemporary();

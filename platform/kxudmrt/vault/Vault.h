@@ -117,6 +117,12 @@ class Vault {
     Finding Verify(const std::string& hash);
     // False if it was not there.
     bool Remove(const std::string& hash);
+    // The same for an entry of List, unless it was added again at `before` (microseconds since
+    // 1970) or later: a session may be about to commit its row. The bytes that it took; none if it
+    // stays.
+    std::optional<std::uint64_t> RemoveOlder(const Entry& entry, std::int64_t before) const {
+        return layout_.RemoveOlder(entry, before);
+    }
     // Removes what dead processes left half written, never what a living one is writing. What
     // writers on other machines left counts as dead after a day. The number of removed files.
     std::size_t RemoveStaleTemporaries(core::Clock& clock = core::SystemClock()) const;

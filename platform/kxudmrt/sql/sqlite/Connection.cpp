@@ -21,6 +21,7 @@ constexpr NamedStatement BEGIN_READ{"begin reading", "BEGIN"};
 constexpr NamedStatement BEGIN_WRITE{"begin writing", "BEGIN IMMEDIATE"};
 constexpr NamedStatement COMMIT{"commit", "COMMIT"};
 constexpr NamedStatement DATA_VERSION{"data version", "PRAGMA data_version"};
+constexpr NamedStatement INTEGRITY{"integrity check", "PRAGMA integrity_check"};
 constexpr NamedStatement USER_VERSION{"schema version", "PRAGMA user_version"};
 
 class Connection final : public sql::Connection {
@@ -43,6 +44,7 @@ class Connection final : public sql::Connection {
     std::int64_t SeenVersion() const override;
     std::int64_t SchemaVersion() override { return Number(USER_VERSION); }
     void SetSchemaVersion(std::int64_t version) override;
+    std::vector<std::string> IntegrityProblems() override;
     void Flush() override;
 
   private:
@@ -230,6 +232,15 @@ std::int64_t Connection::SeenVersion() const {
 void Connection::SetSchemaVersion(std::int64_t version) {
     Execute("PRAGMA application_id=" + std::to_string(options_.applicationId) +
             "; PRAGMA user_version=" + std::to_string(version));
+}
+
+std::vector<std::string> Connection::IntegrityProblems() {
+    std::vector<std::string> problems;
+    Statement check(*this, INTEGRITY);
+    while (check.Step()) {
+        problems.push_back(check.String(0));
+    }
+    return problems == std::vector<std::string>{"ok"} ? std::vector<std::string>() : problems;
 }
 
 // The setting can't change inside of a transaction, so it goes around it.

@@ -3,6 +3,8 @@
 // slot that shows the whole library and reads again only what it was told of: it must show the
 // same, and nobody is told of what makes no difference to him. The seed is printed; KXCT_TEST_SEED
 // repeats a run.
+#include <kxudm/UDMMaintenance.h>
+
 #include <cstdlib>
 #include <iostream>
 #include <random>
@@ -555,6 +557,10 @@ TEST_P(RevisionRandom, TheRuntimeDoesWhatTheModelSays) {
                 sequence.Step();
             }
             sequence.CompareAll(carl);
+            for (const UDMFinding& finding : UDMMaintenance(carl).Verify()) {
+                ADD_FAILURE() << UDMMaintenance::Name(finding.kind) << " " << finding.object
+                              << ": " << finding.text;
+            }
             log = sequence.Log();
         }
         users.push_back(carl);

@@ -1,6 +1,7 @@
 // Every statement that a session runs often is served by an index and in the index's order.
 #include "LibraryFixture.h"
 #include "store/FileStatements.h"
+#include "store/MaintenanceStatements.h"
 #include "store/RevisionStatements.h"
 
 using namespace kxudm::store;
@@ -62,6 +63,7 @@ INSTANTIATE_TEST_SUITE_P(
         Named(statements::INFO),
         Named(statements::FIND_BY_UID),
         Named(statements::FIND_BY_ID),
+        Named(statements::FIND_EVEN_DELETED),
         Named(statements::FIND_REVISION),
         Named(statements::DETAILS),
         Named(statements::REVISION_NUMBERS),
@@ -135,6 +137,14 @@ INSTANTIATE_TEST_SUITE_P(
         Named(statements::SEEN_REVISION),
         Named(statements::ANY_OWNER),
         Hot{"roots by parent", std::string(statements::ROOTS_BY_PARENT_FROM) + " ORDER BY e.id"},
+        Named(statements::IS_CONTENT_USED),
+        Named(statements::HEADS_OF),
+        Named(statements::PURGE_REVISIONS),
+        Named(statements::PURGE_HEADS),
+        Named(statements::PURGE_LINKS),
+        Named(statements::PURGE_FILES),
+        Named(statements::PURGE_WORKSPACE_STATE),
+        Named(statements::PURGE_ENTITY),
         Hot{"roots by child", std::string(statements::ROOTS_BY_CHILD_FROM) + " ORDER BY e.id"},
         Hot{"children of an older revision",
             std::string(statements::ROW_COLUMNS) + statements::BORNE_CLOSED_FROM},

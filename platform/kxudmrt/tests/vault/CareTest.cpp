@@ -151,6 +151,48 @@ TEST_F(CareTest, AContentThatAPurgeTakesWhileItIsAddedIsStoredAfresh) {
     EXPECT_EQ(Problems(vault_), "");
 }
 
+TEST_F(CareTest, OnlyWhatIsOlderIsRemoved) {
+    const Stored stored = vault_.Add(folder_.Write("a", Noise(1000)));
+    ASSERT_EQ(Entries().size(), 1U);
+    const Entry entry = Entries().front();
+    EXPECT_EQ(vault_.RemoveOlder(entry, entry.modified), std::nullopt);
+    EXPECT_TRUE(vault_.Holds(stored.hash));
+    EXPECT_EQ(vault_.RemoveOlder(entry, entry.modified + 1), entry.storedSize);
+    EXPECT_FALSE(vault_.Holds(stored.hash));
+    EXPECT_EQ(vault_.RemoveOlder(entry, entry.modified + 1), std::nullopt);
+    EXPECT_EQ(Temporaries(directory_), 0U);
+}
+
+// Another process adds it between any two steps of the removal: it is there afterwards.
+TEST_F(CareTest, WhatIsAddedAgainDuringItsRemovalIsThereAfterwards) {
+    const std::string source = folder_.Write("a", Noise(1000));
+    for (int step = 1;; ++step) {
+        const Stored stored = vault_.Add(source);
+        const std::string path = FileOf(vault_, stored.hash);
+        SetTime(path, 1000);
+        const Entry entry = Entries().front();
+        MeddlingLayer files;
+        Vault other(directory_, files);
+        int calls = 0;
+        bool added = false;
+        files.before = [&](const std::string&, const std::string&) {
+            if (++calls == step) {
+                vault_.Add(source);
+                added = true;
+            }
+        };
+        static_cast<void>(other.RemoveOlder(entry, std::int64_t{2000} * 1'000'000));
+        if (!added) {
+            EXPECT_GT(step, 3);
+            EXPECT_FALSE(vault_.Holds(stored.hash));
+            return;
+        }
+        EXPECT_EQ(vault_.Verify(stored.hash).problem, "") << "step " << step;
+        EXPECT_EQ(Temporaries(directory_), 0U) << "step " << step;
+        ASSERT_TRUE(vault_.Remove(stored.hash));
+    }
+}
+
 TEST_F(CareTest, TemporariesOfDeadProcessesAreRemoved) {
     WriteTemporary(DeadName());
     WriteTemporary(DeadName());
