@@ -4,6 +4,7 @@
 #include <fstream>
 #include <iostream>
 
+#include "db/_private/ImportLog.h"
 #include "db/_private/UDMDBCtrlGuard.h"
 
 namespace kxct {
@@ -44,6 +45,7 @@ int UDMDBCtrl::AddFoldersAndFiles(const kxStlVector<kxString>& folders,
                                   const kxString& text,
                                   const kxStlMap<kxString, kxString>& map) {
     return WithProfile(_udmProfilePtr, __PRETTY_FUNCTION__, [&](IUDMProfile& profile) {
+        const ImportLog log(_udmProfilePtr);
         return profile.AddFoldersAndFiles(folders, files, text, map);
     });
 }

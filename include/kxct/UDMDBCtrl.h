@@ -21,7 +21,8 @@
 //     null!", and nothing was asked;
 //   - when the runtime fails with a std::exception: "<signature> <its what()>". What the runtime
 //     leaves behind stands in IUDMProfile.h: a write that failed changed nothing.
-// Anything that is no std::exception passes through. Nothing is logged.
+// Anything that is no std::exception passes through. Nothing is logged, except the files that an
+// import leaves out.
 //
 // Results. Vectors are appended to by the runtime and not emptied first, unless told otherwise.
 //
@@ -234,6 +235,10 @@ class KXCT_EXPORT UDMDBCtrl {
     bool RemoveFile(kxudm::UDMItemHandle& handle, const kxString& name);
     // External files among them.
     bool GetDocuments(kxudm::UDMItemHandle& handle, kxStlVector<kxudm::UDMGenericDocument>& out);
+    // Folders with all in them, and single files, into the library's folder with the path `text`
+    // ("" is the top); `map` has the options. IUDMProfile.h tells the rest. The number of contents
+    // that were made. What is left out goes as an error to the host's file manager (kxLMUtls), and
+    // to the listener of a kxudm::UDMProgressScope on the session.
     int AddFoldersAndFiles(const kxStlVector<kxString>& folders,
                            const kxStlVector<kxString>& files,
                            const kxString& text,

@@ -227,6 +227,22 @@ class KXUDMRT_EXPORT IUDMProfile {
 
     // --- Bulk import ---------------------------------------------------------------------------
 
+    // Takes folders of the file system, each as a folder of its name, with all in them, and single
+    // files into the library's folder `root` ("/A/B", made with its parents; "" or "/" is the top).
+    // Each file becomes a content of its name with the file as its document. Returns how many
+    // contents were made. docs/data-model.md has the rules; in short:
+    //   - options, all of them texts: "recursive" (true), "include" and "exclude" (globs, separated
+    //     by ";"), "definition" (else by the file's extension), "publish" (false), "comment",
+    //     "external" (false), "strict" (false). Others, and other values than "true" and "false"
+    //     where that is the choice, throw before anything is done.
+    //   - a file that is there already under its name is left alone; if it differs, it fails.
+    //   - what fails is left out and told to the listener of a UDMProgressScope. With "strict" the
+    //     first failure throws, and nothing of the import is kept.
+    //   - committed group by group: a crash, a cancellation or a failure of the library itself
+    //     (UDMStoreException, which says how many contents stand) leaves whole contents only. A
+    //     cancelled import returns what it has made; a strict one throws UDMCancelledException and
+    //     keeps nothing.
+    // Slots are told each parent once.
     virtual int AddFoldersAndFiles(const kxStlVector<kxString>& folders,
                                    const kxStlVector<kxString>& files,
                                    const kxString& root,
