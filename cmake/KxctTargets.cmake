@@ -66,28 +66,3 @@ function(kxct_platform_library name)
   install(FILES ${CMAKE_CURRENT_BINARY_DIR}/include/${name}/${name}_export.h
     DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/${name} COMPONENT development)
 endfunction()
-
-# kxct_test(NAME SOURCES ... [DEPENDS ...] [LABELS ...] [TIMEOUT seconds])
-#
-# A GoogleTest program; each of its tests becomes a test of ctest. A test has 120 seconds unless
-# told.
-function(kxct_test name)
-  cmake_parse_arguments(ARG "" "TIMEOUT" "SOURCES;DEPENDS;LABELS" ${ARGN})
-  add_executable(${name} ${ARG_SOURCES})
-  target_link_libraries(${name} PRIVATE ${ARG_DEPENDS} GTest::gmock GTest::gtest_main)
-  target_precompile_headers(${name} PRIVATE <gmock/gmock.h> <gtest/gtest.h> <string> <vector> <map>)
-  kxct_own_code(${name})
-  if(KXCT_SANITIZE)
-    # Halves the time that instrumented tests take to compile.
-    target_compile_options(${name} PRIVATE -O0)
-  endif()
-  if(NOT ARG_TIMEOUT)
-    set(ARG_TIMEOUT 120)
-  endif()
-  set(properties TIMEOUT ${ARG_TIMEOUT})
-  if(ARG_LABELS)
-    list(APPEND properties LABELS "${ARG_LABELS}")
-  endif()
-  gtest_discover_tests(${name} DISCOVERY_MODE PRE_TEST DISCOVERY_TIMEOUT 60 NO_PRETTY_VALUES
-    PROPERTIES ${properties})
-endfunction()

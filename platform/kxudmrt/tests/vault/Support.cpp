@@ -5,6 +5,9 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
+#include <cstdint>
+#include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <random>
@@ -79,8 +82,9 @@ std::string Deck(std::size_t size, int seed) {
 std::string Noise(std::size_t size, int seed) {
     std::mt19937_64 random(static_cast<std::uint64_t>(seed));
     std::string bytes(size, '\0');
-    for (char& byte : bytes) {
-        byte = static_cast<char>(random());
+    for (std::size_t i = 0; i < size; i += sizeof(std::uint64_t)) {
+        const std::uint64_t next = random();
+        std::memcpy(bytes.data() + i, &next, std::min(sizeof next, size - i));
     }
     return bytes;
 }

@@ -52,8 +52,8 @@ std::string AsNobody(const std::function<std::string()>& call);
 
 // Forwards to the machine, apart from flushes: what they do can't be seen without a loss of power,
 // and they take their time. `before` hears of each call first, with its name and path, and may
-// throw in its place; a close happens all the same.
-class MeddlingLayer final : public FileLayer {
+// throw in its place; a close happens all the same. Tests may derive from it what meddles more.
+class MeddlingLayer : public FileLayer {
   public:
     std::function<void(const std::string& call, const std::string& path)> before;
     std::size_t mostBytes = static_cast<std::size_t>(-1);  // of a read or write

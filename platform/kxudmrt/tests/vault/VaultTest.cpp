@@ -3,8 +3,11 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
+#include <cstring>
 #include <filesystem>
+#include <utility>
 
 #include "Support.h"
 #include "vault/Vault.h"
@@ -231,22 +234,46 @@ long PeakKibibytes() {
     return usage.ru_maxrss;
 }
 
-TEST_F(VaultTest, AFileOf5GiBNeedsNoMoreMemoryThanASmallOne) {
-    constexpr std::uint64_t kSize = std::uint64_t{5} << 30;
-    RoundTrip(Deck(3 * kBlock));
-    const std::string path = folder_.Write("large", "");
-    std::filesystem::resize_file(path, kSize - 1);
-    {
-        // A byte beyond 4 GiB that counts.
-        FILE* file = fopen(path.c_str(), "ab");
-        ASSERT_NE(file, nullptr);
-        fputc('x', file);
-        fclose(file);
+// Makes a small file look as if zeros stood before its last byte, up to a size that no test would
+// like to have on its disk.
+class LongFileLayer final : public MeddlingLayer {
+  public:
+    LongFileLayer(std::string path, std::uint64_t size) : path_(std::move(path)), size_(size) {}
+
+    FileStatus Status(const OpenFile& file) override {
+        FileStatus status = MeddlingLayer::Status(file);
+        if (file.path == path_) {
+            status.size = size_;
+        }
+        return status;
     }
+    std::size_t Read(const OpenFile& file, char* bytes, std::size_t size) override {
+        if (file.path != path_ || read_ + 1 >= size_) {
+            return MeddlingLayer::Read(file, bytes, size);
+        }
+        const std::size_t zeros = std::min<std::uint64_t>(size, size_ - 1 - read_);
+        std::memset(bytes, 0, zeros);
+        read_ += zeros;
+        return zeros;
+    }
+
+  private:
+    const std::string path_;
+    const std::uint64_t size_;
+    std::uint64_t read_ = 0;
+};
+
+TEST_F(VaultTest, AFileBeyond4GiBIsHeldWholeAndNeedsNoMoreMemoryThanASmallOne) {
+    RoundTrip(Deck(3 * kBlock));
+    // Its last byte stands where 32 bits end.
+    constexpr std::uint64_t kSize = (std::uint64_t{4} << 30) + 1;
+    const std::string path = folder_.Write("long", "x");
+    LongFileLayer layer(path, kSize);
+    Vault vault(folder_.File("vault"), layer);
     const long before = PeakKibibytes();
-    const Stored stored = vault_.Add(path);
+    const Stored stored = vault.Add(path);
     EXPECT_EQ(stored.size, kSize);
-    EXPECT_EQ(stored.hash, "c28e1347233bb530feb1211501599a7f18f63b5b2bd530857be2c1e754263491");
+    EXPECT_EQ(stored.hash, "07d357bda5c988a206bb478ade5af844c26eaf242e951e5ac4d4f85b417ed69f");
     EXPECT_TRUE(stored.compressed);
     EXPECT_LT(stored.storedSize, std::uint64_t{10} << 20);
     EXPECT_EQ(vault_.Verify(stored.hash).problem, "");
