@@ -26,6 +26,7 @@
 
 #include <boost/smart_ptr/shared_ptr.hpp>
 #include <chrono>
+#include <cstddef>
 #include <cstdint>
 
 namespace kxudm {

@@ -524,7 +524,7 @@ TEST_F(Maintained, WhatWasDeletedTogetherComesBackTogether) {
     EXPECT_FALSE(Care().Undelete("unknown"));
 }
 
-TEST_F(Maintained, N30_WhatComesBackIsToldToEachAsHeSeesIt) {
+TEST_F(Maintained, N31_WhatComesBackIsToldToEachAsHeSeesIt) {
     const ProfilePtr bob = library.Open("bob");
     const UDMItemHandle seen = Newest(bob, wheel);
     ann->DeleteEntity(Newest(ann, wheel), true, false);
