@@ -5,7 +5,9 @@
 //
 // Floor: on a copy of that empty library, one transaction of prepared inserts of the same rows:
 // entity, revision with packed attributes, a row for each attribute that has a value (the display
-// name and a default), the link in case "owned". UIDs and names are at hand.
+// name and a default, each with its folded text where folding changes it), the link in case
+// "owned". UIDs, names and folded texts are at hand; the names are small letters, which folding
+// leaves alone.
 #include <benchmark/benchmark.h>
 #include <kxct/MasterDBManagerImpl.h>
 #include <kxudm/IUDMProfile.h>
@@ -41,10 +43,21 @@ class EmptyLibrary {
 
 // Rows as a session writes them, from one that it wrote.
 struct Pattern {
+    struct Head {
+        std::string name;
+        std::string value;
+        std::optional<std::string> folded;
+    };
+
     std::int64_t project = 0;
     std::string attributes;
-    std::vector<std::pair<std::string, std::string>> heads;
+    std::vector<Head> heads;
 };
+
+std::string TextAt(const bench::Statement& row, int column) {
+    return {reinterpret_cast<const char*>(sqlite3_column_text(row.get(), column)),
+            static_cast<std::size_t>(sqlite3_column_bytes(row.get(), column))};
+}
 
 Pattern PatternOf(const bench::Database& database) {
     Pattern pattern;
@@ -59,13 +72,15 @@ Pattern PatternOf(const bench::Database& database) {
     pattern.project = sqlite3_column_int64(entity.get(), 0);
     pattern.attributes.assign(static_cast<const char*>(sqlite3_column_blob(entity.get(), 1)),
                               static_cast<std::size_t>(sqlite3_column_bytes(entity.get(), 1)));
-    const bench::Statement heads =
-        bench::Prepare(database, "SELECT name, value FROM head_attribute WHERE entity = ?1");
+    const bench::Statement heads = bench::Prepare(
+        database, "SELECT name, value, folded FROM head_attribute WHERE entity = ?1");
     sqlite3_bind_int64(heads.get(), 1, sqlite3_column_int64(entity.get(), 2));
     while (sqlite3_step(heads.get()) == SQLITE_ROW) {
-        pattern.heads.emplace_back(
-            reinterpret_cast<const char*>(sqlite3_column_text(heads.get(), 0)),
-            reinterpret_cast<const char*>(sqlite3_column_text(heads.get(), 1)));
+        Pattern::Head head{TextAt(heads, 0), TextAt(heads, 1), {}};
+        if (sqlite3_column_type(heads.get(), 2) != SQLITE_NULL) {
+            head.folded = TextAt(heads, 2);
+        }
+        pattern.heads.push_back(std::move(head));
     }
     return pattern;
 }
@@ -88,8 +103,8 @@ class CreationByHand {
                                    " attributes) VALUES (?1, 0, ?2, ?3, 'anna', ?3, 'anna', 'ws',"
                                    " ?4)")),
           _head(bench::Prepare(database,
-                               "INSERT INTO head_attribute(entity, name, working, value)"
-                               " VALUES (?1, ?2, 1, ?3)")),
+                               "INSERT INTO head_attribute(entity, name, working, value, folded)"
+                               " VALUES (?1, ?2, 1, ?3, ?4)")),
           _link(bench::Prepare(database,
                                "INSERT INTO link(first, kind, name, position, second, from_rev,"
                                " composition) VALUES (?1, 1, 'simulations', ?2, ?3, 0, 1)")) {}
@@ -107,10 +122,15 @@ class CreationByHand {
         sqlite3_bind_int64(_revision.get(), 3, time);
         bench::BindBlob(_revision, 4, _pattern.attributes);
         bench::Run(_database, _revision);
-        for (const auto& [attribute, value] : _pattern.heads) {
+        for (const auto& [attribute, value, folded] : _pattern.heads) {
             sqlite3_bind_int64(_head.get(), 1, id);
             bench::BindText(_head, 2, attribute);
             bench::BindText(_head, 3, attribute == "displayname" ? name : value);
+            if (folded) {
+                bench::BindText(_head, 4, *folded);
+            } else {
+                sqlite3_bind_null(_head.get(), 4);
+            }
             bench::Run(_database, _head);
         }
         if (_owned) {
