@@ -6,6 +6,7 @@
 #   scripts/bench.sh -r 3            three repetitions
 #   scripts/bench.sh -f 'attribute'  only operations that match the regular expression
 #   scripts/bench.sh -b DIR          build directory (default: build/release)
+#   scripts/bench.sh -m              as Markdown, to be pasted into a document
 #
 # Ratios are those of the medians. Times are processor time of the process, user and system, so
 # that other programs on the machine do not count.
@@ -15,11 +16,13 @@ cd "$(dirname "$0")/.."
 repetitions=9
 filter=.
 build=build/release
-while getopts r:f:b: option; do
+markdown=0
+while getopts r:f:b:m option; do
   case $option in
     r) repetitions=$OPTARG ;;
     f) filter=$OPTARG ;;
     b) build=$OPTARG ;;
+    m) markdown=1 ;;
     *) exit 2 ;;
   esac
 done
@@ -41,9 +44,39 @@ commit=$(git rev-parse --short HEAD)
 git diff --quiet HEAD -- . || commit="$commit with changes"
 memory=$(awk '/^MemTotal/ { printf "%.0f GiB", $2 / 1048576 }' /proc/meminfo)
 processor=$(lscpu | sed -n 's/^Model name: *//p' | head -n 1)
-echo "commit $commit, $("$compiler" --version | head -n 1), release, $(date -u +%F)"
-echo "$processor, $(nproc) processors, $memory, $(uname -sr)"
+echo "Commit $commit, $("$compiler" --version | head -n 1), release, $(date -u +%F);"
+echo "$processor, $(nproc) processors, $memory, $(uname -sr)."
 echo
+
+# Rows of a table, cells separated by tabs, the first one the head.
+print_table() {
+  awk -F '\t' -v markdown="$markdown" '
+  {
+    for (i = 1; i <= NF; i++) {
+      cell[NR, i] = $i
+      if (length($i) > width[i]) width[i] = length($i)
+    }
+  }
+  function rule(i, line) {
+    line = "|---|"
+    for (i = 2; i <= NF; i++) line = line "---:|"
+    return line
+  }
+  function row(number, i, line) {
+    line = markdown ? "| " : ""
+    for (i = 1; i <= NF; i++) {
+      if (markdown) line = line cell[number, i] (i < NF ? " | " : " |")
+      else line = line sprintf(i == 1 ? "%-" width[i] "s" : "  %" width[i] "s", cell[number, i])
+    }
+    return line
+  }
+  END {
+    for (number = 1; number <= NR; number++) {
+      print row(number)
+      if (markdown && number == 1) print rule()
+    }
+  }'
+}
 
 # --- Times ---
 
@@ -85,8 +118,8 @@ function text_of(nanoseconds) {
 }
 BEGIN {
   scale["ns"] = 1; scale["us"] = 1000; scale["ms"] = 1000000; scale["s"] = 1000000000
-  print "| operation | size | floor | ours | ratio | budget |"
-  print "|---|---:|---:|---:|---:|---:|"
+  OFS = "\t"
+  print "operation", "size", "floor", "ours", "ratio", "budget"
 }
 # The name is quoted and may hold commas: it is taken off from the left.
 match($0, /^"[^"]*_median"/) {
@@ -116,17 +149,20 @@ END {
     key = order[i]
     if (!(key in ours)) continue
     split(key, part, "|")
-    printf "| %s | %s | %s | %s | %.2f | %s |\n", part[1], part[2], text_of(floor[key]),
-      text_of(ours[key]), ours[key] / floor[key], budget_of(part[1])
+    print part[1], part[2], text_of(floor[key]), text_of(ours[key]),
+      sprintf("%.2f", ours[key] / floor[key]), budget_of(part[1])
   }
-}' "$work/times"
+}' "$work/times" | print_table
 
 # --- Memory ---
 
 if [[ $filter == . || "memory per cached item" =~ $filter ]]; then
   echo
-  echo "| memory of a cached item with its handle | items | bytes | packed attributes | without | budget |"
-  echo "|---|---:|---:|---:|---:|---:|"
-  "$build/bin/kxct_bench_memory" | awk -F, 'NR > 1 {
-    printf "| | %s | %s | %s | %s | 400 |\n", $1, $2, $3, $4 }'
+  "$build/bin/kxct_bench_memory" | awk -F, '
+  BEGIN {
+    OFS = "\t"
+    print "memory of a cached item with its handle", "bytes", "packed attributes", "without",
+      "budget"
+  }
+  NR > 1 { print "of " $1 " items", $2, $3, $4, 400 }' | print_table
 fi
