@@ -1,0 +1,197 @@
+// A process is killed at random moments while it imports folders and publishes contents. What it
+// reported as done is there afterwards, and nothing is wrong with the library apart from contents
+// in the vault that no row names, which a purge takes away.
+//
+// KXUDM_KILLS sets how often, KXUDM_SEED the moments.
+#include <kxudm/UDMMaintenance.h>
+
+#include <chrono>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <random>
+#include <sstream>
+#include <thread>
+
+#include "../profile/ChildProcess.h"
+#include "../profile/Library.h"
+#include "../vault/Support.h"
+
+namespace kxudm::test {
+namespace {
+
+using testing::IsEmpty;
+
+constexpr int KILLS = 300;
+constexpr int KILLS_OF_A_LIBRARY = 15;
+constexpr int FILES = 6;
+
+long Setting(const char* name, long otherwise) {
+    const char* text = std::getenv(name);
+    return text == nullptr ? otherwise : std::atol(text);
+}
+
+std::string FileName(int number) {
+    return "part" + std::to_string(number) + ".stp";
+}
+
+// Every library has the same files, and each round its own versions of them.
+void WriteSources(const std::string& folder, int round) {
+    std::filesystem::create_directories(folder);
+    for (int i = 0; i < FILES; ++i) {
+        std::ofstream(folder + "/" + FileName(i), std::ios::binary)
+            << vault::Noise(static_cast<std::size_t>(2000 * i), round * FILES + i);
+    }
+}
+
+UDMItemHandle ContentIn(IUDMProfile& profile, const std::string& folder, int number) {
+    UDMItemHandle place;
+    profile.GetFolder(place, folder, false);
+    kxStlVector<UDMItemHandle> contents;
+    profile.GetChildren(contents, place, "contents", "name == \"" + FileName(number) + "\"");
+    if (contents.size() != 1) {
+        throw std::runtime_error(std::to_string(contents.size()) + " contents are " + folder + "/" +
+                                 FileName(number));
+    }
+    return contents.front();
+}
+
+// What the process does until it is killed. Each line is written once its work is done.
+void Work(Library& library, const std::string& sources, int round, int out) {
+    const ProfilePtr profile = library.Open();
+    WriteLine(out, "open");
+    for (int i = 0;; ++i) {
+        const std::string name = "/R" + std::to_string(round) + "-" + std::to_string(i);
+        profile->AddFoldersAndFiles({sources}, {}, name, {{"definition", "Part"}});
+        WriteLine(out, "imported " + name);
+        const std::string folder = name + "/" + std::filesystem::path(sources).filename().string();
+        for (int number = 0; number < FILES; ++number) {
+            const kxString uid = ContentIn(*profile, folder, number).GetUID();
+            const kxString base = uid.substr(0, uid.find(':'));
+            profile->PersistEntity(profile->GetEntity(base), "first", false, true, true);
+            WriteLine(out, "published " + base + " 1 " + std::to_string(number));
+            profile->Checkout(profile->GetEntity(base), "next");
+            profile->SetAttributeValue(profile->GetEntity(base), "count", kxVariant(number));
+            profile->RemoveFile(profile->GetEntity(base), FileName(number));
+            profile->PersistEntity(profile->GetEntity(base), "second", false, true, true);
+            WriteLine(out, "published " + base + " 2 " + std::to_string(number));
+        }
+    }
+}
+
+std::string ContentOf(IUDMProfile& profile, const UDMItemHandle& handle, const std::string& out) {
+    std::filesystem::remove_all(out);
+    std::filesystem::create_directories(out);
+    kxStlVector<kxString> paths;
+    profile.RetrieveFilesToFolder(handle, out, false, false, paths);
+    return paths.size() == 1 ? vault::ReadFile(paths.front())
+                             : std::to_string(paths.size()) + " documents";
+}
+
+void ExpectDone(IUDMProfile& profile,
+                const std::string& line,
+                const std::string& sources,
+                const std::string& out) {
+    std::istringstream words(line);
+    std::string what;
+    std::string subject;
+    words >> what >> subject;
+    if (what == "imported") {
+        const std::string folder =
+            subject + "/" + std::filesystem::path(sources).filename().string();
+        for (int number = 0; number < FILES; ++number) {
+            EXPECT_FALSE(ContentIn(profile, folder, number).IsEmpty());
+        }
+    } else if (what == "published") {
+        int revision = 0;
+        int number = 0;
+        words >> revision >> number;
+        const UDMItemHandle handle =
+            profile.GetEntity(kxString(subject + ":" + std::to_string(revision)));
+        EXPECT_FALSE(handle.IsEditable());
+        if (revision == 1) {
+            EXPECT_EQ(ContentOf(profile, handle, out),
+                      vault::ReadFile(sources + "/" + FileName(number)));
+        } else {
+            EXPECT_EQ(handle.GetAttributeValue("count").GetInteger(), number);
+        }
+    }
+}
+
+// Findings apart from orphans, which a process that died may leave.
+Names WrongIn(UDMMaintenance& care) {
+    Names wrong;
+    UDMVerifyOptions options;
+    options.minimumAge = std::chrono::seconds(0);
+    for (const UDMFinding& finding : care.Verify(options)) {
+        if (finding.kind != UDMFindingKind::ContentOrphan) {
+            wrong.push_back(std::string(UDMMaintenance::Name(finding.kind)) + " " + finding.object +
+                            ": " + finding.text);
+        }
+    }
+    return wrong;
+}
+
+// The lines that the process wrote before its end.
+Names LinesOf(Child& child) {
+    Names lines;
+    for (std::string line = child.Line(); !line.empty(); line = child.Line()) {
+        lines.push_back(line);
+    }
+    return lines;
+}
+
+void KillOften(long kills, std::mt19937& random) {
+    Library library;
+    const std::string out = library.Folder().File("out");
+    std::uniform_int_distribution<int> moment(0, 60000);
+    std::size_t done = 0;
+    for (int round = 0; round < kills; ++round) {
+        const std::string sources = library.Folder().File("in" + std::to_string(round));
+        WriteSources(sources, round);
+        Names lines;
+        {
+            Child child([&](int to) { Work(library, sources, round, to); });
+            child.Go();
+            ASSERT_EQ(child.Line(), "open");
+            std::this_thread::sleep_for(std::chrono::microseconds(moment(random)));
+            child.Kill();
+            lines = LinesOf(child);
+            ASSERT_EQ(child.Wait(), -SIGKILL);
+        }
+        ProfilePtr profile = UDMProfileMgr::GetProfile(library.Params());
+        for (const std::string& line : lines) {
+            SCOPED_TRACE("round " + std::to_string(round) + ", " + line);
+            ExpectDone(*profile, line, sources, out);
+        }
+        done += lines.size();
+        UDMMaintenance care(profile);
+        ASSERT_THAT(WrongIn(care), IsEmpty());
+        UDMProfileMgr::DiscardProfile(profile);
+        if (testing::Test::HasFailure()) {
+            return;
+        }
+    }
+    EXPECT_GT(done, 0U);
+    const ProfilePtr profile = library.Open();
+    UDMMaintenance care(profile);
+    UDMPurgeOptions everything;
+    everything.minimumAge = std::chrono::seconds(0);
+    care.Purge(everything);
+    UDMVerifyOptions whole;
+    whole.minimumAge = std::chrono::seconds(0);
+    EXPECT_THAT(care.Verify(whole), IsEmpty());
+}
+
+TEST(KillTest, WhatAKilledProcessReportedIsThereAndTheLibraryIsSound) {
+    const long kills = Setting("KXUDM_KILLS", KILLS);
+    const long seed = Setting("KXUDM_SEED", static_cast<long>(std::random_device()() & 0xffff));
+    std::printf("KXUDM_SEED=%ld\n", seed);
+    std::mt19937 random(static_cast<std::mt19937::result_type>(seed));
+    for (long left = kills; left > 0 && !HasFailure(); left -= KILLS_OF_A_LIBRARY) {
+        KillOften(std::min<long>(left, KILLS_OF_A_LIBRARY), random);
+    }
+}
+
+}  // namespace
+}  // namespace kxudm::test
