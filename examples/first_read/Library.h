@@ -33,8 +33,8 @@ class Library {
     void Open();
 
     kxct::Controller& Controller() const { return *_controller; }
-    // The session below the controller, for what the controller doesn't offer: bulk edits and the
-    // catalogue's file extensions.
+    // The session below the controller, for what the controller doesn't offer: progress, older
+    // revisions, the catalogue's file extensions.
     const boost::shared_ptr<kxudm::IUDMProfile>& Session() const { return _session; }
     // Path of the library's file, as the master database has it.
     std::string Path() const;

@@ -1,5 +1,6 @@
 #include "Report.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <iostream>
 
@@ -84,15 +85,9 @@ bool IsEqual(kxct::Item* item, const Entry& entry) {
 
 }  // namespace
 
-bool IsUtf8(const std::string& text) {
-    for (std::size_t at = 0; at < text.size();) {
-        const std::size_t length = SequenceLength(text, at);
-        if (length == 0) {
-            return false;
-        }
-        at += length;
-    }
-    return true;
+std::size_t CountContents(const std::vector<Entry>& entries) {
+    return static_cast<std::size_t>(std::count_if(
+        entries.begin(), entries.end(), [](const Entry& entry) { return !entry.isFolder; }));
 }
 
 std::string Printable(const std::string& name) {

@@ -5,9 +5,12 @@
 #include <string>
 #include <vector>
 
-#include "FolderMirror.h"
+#include "FolderImport.h"
 
 namespace demo {
+
+// How many of the entries are no folders.
+std::size_t CountContents(const std::vector<Entry>& entries);
 
 // Reads every entry by its UID and compares all of its values. Tells each difference on the
 // standard error. Returns how many contents were equal.
@@ -19,8 +22,5 @@ void PrintTree(Library& library, const std::vector<Entry>& entries, std::size_t 
 // `name` as one line of printable UTF-8: control characters and the backslash as escapes, and
 // bytes that are no UTF-8 as "\xHH".
 std::string Printable(const std::string& name);
-
-// True where `text` is valid UTF-8.
-bool IsUtf8(const std::string& text);
 
 }  // namespace demo

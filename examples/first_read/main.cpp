@@ -1,21 +1,26 @@
 // Keeps a folder of real files as a managed tree, the way a host would: makes settings, creates a
-// library and a workspace, mirrors the folder, lets go of everything, opens the library again and
-// reads every entry back by its UID.
+// library and a workspace, imports the folder and publishes it, takes one content through the life
+// of revisions, lets go of everything, opens the library again, reads every entry back by its UID,
+// and retrieves all files and compares them with the folder.
 //
 //     first_read DATA HOME FOLDER
 //
 // DATA holds the default settings and the catalogue, HOME is where settings, master database and
-// library go, FOLDER is what is mirrored. A second run opens the library and takes what is new.
-// The exit code is 0 if every content read back equal, 1 if not, and 2 if nothing could be done.
+// library go, FOLDER is what is imported. A second run opens the library and takes what is new.
+// The exit code is 0 if all of it came in, but for what is told to be left out, and every content
+// read back equal and every file identical; 1 if not; and 2 if nothing could be done.
+#include <algorithm>
 #include <chrono>
 #include <cstdio>
 #include <filesystem>
 #include <iostream>
 #include <system_error>
 
-#include "FolderMirror.h"
+#include "FolderImport.h"
 #include "Library.h"
 #include "Report.h"
+#include "Retrieval.h"
+#include "RevisionTour.h"
 
 namespace {
 
@@ -63,6 +68,8 @@ int Run(const fs::path& data, const fs::path& home, const fs::path& folder) {
 
     Stopwatch watch;
     std::vector<demo::Entry> entries;
+    bool complete = true;
+    double createSeconds = 0;
     {
         demo::Library library(data, home);
         if (library.Exists()) {
@@ -71,14 +78,21 @@ int Run(const fs::path& data, const fs::path& home, const fs::path& folder) {
         } else {
             library.Create();
         }
-        demo::FolderMirror mirror(library);
-        mirror.Run(folder);
-        entries = mirror.Entries();
-        if (mirror.LeftOut() > 0) {
-            std::cerr << "left out in all: " << mirror.LeftOut() << '\n';
+        demo::FolderImport import(library);
+        import.Run(folder);
+        entries = import.Entries();
+        complete = import.IsComplete();
+        if (import.LeftOut() > 0) {
+            std::cerr << "left out in all: " << import.LeftOut() << '\n';
+        }
+        createSeconds = watch.Lap();
+        const auto content = std::find_if(
+            entries.begin(), entries.end(), [](const auto& entry) { return !entry.isFolder; });
+        if (content != entries.end()) {
+            complete = demo::LiveThrough(library, *content) && complete;
         }
     }
-    const double createSeconds = watch.Lap();
+    watch.Lap();
 
     demo::Library library(data, home);
     library.Open();
@@ -87,16 +101,20 @@ int Run(const fs::path& data, const fs::path& home, const fs::path& folder) {
     const double readSeconds = watch.Lap();
 
     demo::PrintTree(library, entries, kTreeLines);
-    std::size_t folders = 0;
-    for (const demo::Entry& entry : entries) {
-        folders += entry.isFolder ? 1 : 0;
-    }
-    const std::size_t contents = entries.size() - folders;
-    std::cout << "folders: " << folders << "\ncontents: " << contents << "\nread back: " << equal
-              << " of " << contents << " equal\nlibrary: " << library.Path() << '\n';
+    const std::size_t contents = demo::CountContents(entries);
+    std::cout << "folders: " << entries.size() - contents << "\ncontents: " << contents
+              << "\nread back: " << equal << " of " << contents
+              << " equal\nlibrary: " << library.Path() << std::endl;
     std::printf(
         "time: create %.2f s, open %.2f s, read %.2f s\n", createSeconds, openSeconds, readSeconds);
-    return equal == contents ? 0 : 1;
+    std::fflush(stdout);
+    const std::size_t identical = demo::CountIdentical(library, entries, home);
+    const demo::VaultUse vault = demo::MeasureVault(library, entries);
+    std::cout << "retrieved: " << identical << " of " << contents
+              << " identical\nrevisions: " << demo::CountRevisions(library, entries)
+              << "\nvault: " << vault.distinct << " distinct of " << vault.files << " files, "
+              << vault.bytes << " bytes\n";
+    return complete && equal == contents && identical == contents ? 0 : 1;
 }
 
 }  // namespace
