@@ -50,7 +50,7 @@ class Orphans {
     }
     // As it stands now.
     [[nodiscard]] bool IsUnused(const std::string& vault, const std::string& hash) {
-        return !store::IsContentUsed(_session.Store(), vault, hash) &&
+        return !store::IsContentUsed(_session.Store().Connection(), vault, hash) &&
                !_neighbours.Uses(vault, hash);
     }
 
@@ -135,7 +135,7 @@ class Verification {
         using State = vault::Finding::State;
         if (finding.state == State::Sound ||
             (finding.state == State::Missing &&
-             !store::IsContentUsed(_session.Store(), use.vault, use.hash))) {
+             !store::IsContentUsed(_session.Store().Connection(), use.vault, use.hash))) {
             return;
         }
         const Kind kind = finding.state == State::Missing   ? Kind::ContentMissing

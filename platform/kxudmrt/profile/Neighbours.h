@@ -1,14 +1,16 @@
 // The libraries that lie beside a library. They share its vaults, so that what one of them uses is
 // nobody's orphan.
 //
-// Layer: profile. Opened for the care of a library alone, each on a connection of its own.
+// Layer: profile. Opened for the care of a library alone, each on a connection of its own. Nothing
+// in them is changed, their schema neither.
 #pragma once
 
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
-#include "store/LibraryStore.h"
+#include "sql/Connection.h"
 
 namespace kxudm::profile {
 
@@ -29,7 +31,7 @@ class Neighbours {
     void Lock();
 
   private:
-    std::vector<std::unique_ptr<store::LibraryStore>> _stores;
+    std::vector<std::unique_ptr<sql::Connection>> _libraries;
     std::vector<std::unique_ptr<sql::Transaction>> _locks;
     std::vector<std::pair<std::string, std::string>> _unreadable;
 };

@@ -179,10 +179,19 @@ std::vector<ContentUse> ContentsInUse(LibraryStore& store) {
     return uses;
 }
 
-bool IsContentUsed(LibraryStore& store, const std::string& vault, const std::string& hash) {
-    sql::Statement find(store.Connection(), statements::IS_CONTENT_USED);
+bool IsContentUsed(sql::Connection& library, const std::string& vault, const std::string& hash) {
+    sql::Statement find(library, statements::IS_CONTENT_USED);
     find.BindAll(hash, vault);
     return find.Step();
+}
+
+std::vector<std::string> VaultsOfFiles(sql::Connection& library) {
+    std::vector<std::string> vaults;
+    sql::Statement find(library, statements::VAULTS_OF_FILES);
+    while (find.Step()) {
+        vaults.push_back(find.String(0));
+    }
+    return vaults;
 }
 
 std::vector<DeletedEntity> DeletedEntities(LibraryStore& store) {

@@ -40,9 +40,12 @@ struct ContentUse {
     std::uint64_t size = 0;
 };
 [[nodiscard]] std::vector<ContentUse> ContentsInUse(LibraryStore& store);
-[[nodiscard]] bool IsContentUsed(LibraryStore& store,
+// In the library behind a connection, which may be of an older schema.
+[[nodiscard]] bool IsContentUsed(sql::Connection& library,
                                  const std::string& vault,
                                  const std::string& hash);
+// Vault directories that its files name beside the common one.
+[[nodiscard]] std::vector<std::string> VaultsOfFiles(sql::Connection& library);
 
 struct DeletedEntity {
     EntityId id = 0;
