@@ -385,9 +385,12 @@ class KXCT_EXPORT UDMDBCtrl {
     kxStlVector<kxString> GetContentDefinitionMetadata(const kxString& definition,
                                                        bool omitSystem,
                                                        bool displayableOnly) const;
-    // Takes the definition afresh from the catalogue.
+    // Takes the definition afresh from the catalogue file. True if that changed it in the library.
+    // Entities that are there follow, see docs/data-model.md; a change that would lose a value of
+    // theirs is an error.
     bool UpdateContentDefinition(const kxString& definition);
-    // Changes the definition to these attributes.
+    // Changes the definition to these attributes, inherited ones among them, and no others: what
+    // GetContentDefinitionMetadata gave, edited. True if that changed something.
     bool UpdateContentDefinition(const kxString& definition, kxStlVector<Metadata>& metadata);
 
   protected:

@@ -95,6 +95,16 @@ const GroupDefinition* ContentDefinition::FindGroup(std::string_view name) const
     return nullptr;
 }
 
+bool ContentDefinition::IsSameAs(const ContentDefinition& other) const {
+    const ContentDefinition* a = this;
+    const ContentDefinition* b = &other;
+    while (a != nullptr && b != nullptr && a->Declaration() == b->Declaration()) {
+        a = a->_base;
+        b = b->_base;
+    }
+    return a == nullptr && b == nullptr;
+}
+
 bool ContentDefinition::IsDerivedFrom(std::string_view definition) const {
     const ContentDefinition* at = this;
     while (at != nullptr && at->Name() != definition) {

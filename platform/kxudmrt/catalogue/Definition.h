@@ -133,6 +133,9 @@ class ContentDefinition {
     const AttributeDefinition* FindAttribute(std::string_view name) const;
     const GroupDefinition* FindGroup(std::string_view name) const;
 
+    // Declared alike, and so is each definition above it: the two answer every question alike.
+    bool IsSameAs(const ContentDefinition& other) const;
+
     // True for the definition's own name and the name of each definition above it.
     bool IsDerivedFrom(std::string_view definition) const;
     // This definition, or one above it, is among the group's allowed children.

@@ -15,8 +15,7 @@ using catalogue::ContentDefinition;
 store::AttributeList Defaults(const ContentDefinition& definition) {
     store::AttributeList defaults;
     for (const catalogue::AttributeDefinition* attribute : definition.Attributes()) {
-        if (!attribute->system && !attribute->defaultValue.IsEmpty() && attribute->name != NAME &&
-            attribute->name != DISPLAY_NAME) {
+        if (!attribute->defaultValue.IsEmpty() && !IsComputed(attribute->name)) {
             defaults.emplace_back(attribute->name, attribute->defaultValue);
         }
     }

@@ -76,7 +76,8 @@ CataloguePtr DefinitionSource::Catalogue() const {
         throw UDMException(
             "The session of the content definitions is closed; ask an open one for them");
     }
-    session->RequireOpen("a question about content definitions");
+    // Another process may have changed one.
+    session->Poll("a question about content definitions");
     return session->Catalogue();
 }
 
@@ -132,22 +133,6 @@ void DefinitionSource::GroupNames(const kxString& definition,
 kxString DefinitionSource::DefinitionForExtension(const kxString& extension) {
     const catalogue::ContentDefinition* definition = Catalogue()->ForExtension(extension);
     return definition != nullptr ? definition->Name() : kxString();
-}
-
-void AppendMetadata(const catalogue::ContentDefinition& definition,
-                    kxStlVector<UDMCdefMetaData>& metadata) {
-    for (const catalogue::AttributeDefinition* attribute : definition.Attributes()) {
-        metadata.emplace_back(attribute->name,
-                              attribute->displayName,
-                              attribute->description,
-                              attribute->defaultValue.GetString(),
-                              attribute->dataType,
-                              attribute->category,
-                              attribute->system,
-                              attribute->displayable,
-                              attribute->editable,
-                              attribute->validValues);
-    }
 }
 
 }  // namespace kxudm::profile

@@ -2,14 +2,14 @@
 // states.
 #pragma once
 
-#include <kxudm/UDMCdefMetaData.h>
 #include <kxudm/spi/DefinitionState.h>
 
 #include "profile/Session.h"
 
 namespace kxudm::profile {
 
-// Answers the questions of UDMProfileUtils as long as the session is open.
+// Answers the questions of UDMProfileUtils as long as the session is open, from the catalogue as it
+// is when asked. What was answered stays as it was.
 class DefinitionSource final : public spi::DefinitionSource {
   public:
     explicit DefinitionSource(const boost::shared_ptr<Session>& session) : _session(session) {}
@@ -33,9 +33,5 @@ class DefinitionSource final : public spi::DefinitionSource {
 
     boost::weak_ptr<Session> _session;
 };
-
-// Appends a record for each attribute of the definition.
-void AppendMetadata(const catalogue::ContentDefinition& definition,
-                    kxStlVector<UDMCdefMetaData>& metadata);
 
 }  // namespace kxudm::profile

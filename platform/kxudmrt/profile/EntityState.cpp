@@ -133,6 +133,13 @@ void EntityState::SetGone() {
     _newest = false;
 }
 
+void EntityState::Redefine(const catalogue::ContentDefinition& definition, bool changed) {
+    _definition = &definition;
+    if (changed && _freshness == Freshness::Current) {
+        _freshness = Freshness::Stale;
+    }
+}
+
 Session& EntityState::OpenSession() const {
     if (_link->session == nullptr) {
         throw UDMException("The session of " + _uid +

@@ -15,6 +15,7 @@
 #include <memory>
 #include <set>
 #include <string_view>
+#include <vector>
 
 #include "catalogue/Catalogue.h"
 #include "store/Rows.h"
@@ -26,8 +27,10 @@ class Session;
 // What the states of a session have in common; outlives the session as long as one of them lives.
 struct SessionLink {
     Session* session = nullptr;  // null once the session is closed
-    // Never replaced: the states point into it.
     std::shared_ptr<const catalogue::Catalogue> catalogue;
+    // Those that it took the place of. Kept: deleted states, and operations under way, point into
+    // them. There is one for each change of definitions while the session is open.
+    std::vector<std::shared_ptr<const catalogue::Catalogue>> former;
     std::set<kxString, std::less<>> users;  // each user name once
 };
 
@@ -94,6 +97,9 @@ class EntityState final : public spi::ItemState,
     }
     void SetStale();
     void SetGone();
+    // The catalogue has this one in place of its definition. `changed`: it says something else, so
+    // that the attributes are read again.
+    void Redefine(const catalogue::ContentDefinition& definition, bool changed);
 
   private:
     enum class Freshness : unsigned char { Current, Stale, Gone };

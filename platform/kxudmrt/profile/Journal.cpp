@@ -54,6 +54,7 @@ void Session::CatchUp() {
             from = entries.size() - before < PORTION ? last : entries.back().sequence;
         }
     });
+    CatchUpWithCatalogue(entries);
     ApplyAll(entries);
     _seen = last;
 }

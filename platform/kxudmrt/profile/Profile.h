@@ -122,6 +122,12 @@ class Profile final : public IUDMProfile,
     kxStlVector<UDMDeletedEntity> ListDeleted() override;
     bool UndeleteEntity(const kxString& uid) override;
 
+    // Changes of definitions: ProfileDefinitions.cpp
+    bool ReloadContentDefinition(const kxString& definition) override;
+    bool UpdateContentDefinition(const kxString& definition,
+                                 const kxStlVector<UDMCdefMetaData>& metadata,
+                                 bool force) override;
+
     // Queries: ProfileQueries.cpp
     std::size_t RunQuery(kxStlVector<UDMItemHandle>& hits,
                          const kxString& query,
@@ -164,10 +170,6 @@ class Profile final : public IUDMProfile,
                            const kxStlMap<kxString, kxString>& options) override;
 
     // What this version doesn't offer yet: ProfileUnsupported.cpp
-    bool ReloadContentDefinition(const kxString& definition) override;
-    bool UpdateContentDefinition(const kxString& definition,
-                                 const kxStlVector<UDMCdefMetaData>& metadata,
-                                 bool force) override;
     void Export(const kxString& path, const kxStlVector<kxString>& uids, int scope) override;
     void Import(const kxString& path) override;
 

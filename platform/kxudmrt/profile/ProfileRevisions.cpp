@@ -1,6 +1,7 @@
 // The life of revisions. An unversioned entity has one revision, which is always editable and seen
 // by everybody: there is nothing to check out, save, publish or undo, and asking for it succeeds.
 #include "core/UidGenerator.h"
+#include "profile/DefinitionChange.h"
 #include "profile/Profile.h"
 #include "profile/RevisionsCheck.h"
 #include "profile/RevisionsTold.h"
@@ -58,6 +59,7 @@ void RequireBranchable(const EntityState& origin, int newest, bool takenForNewes
 void Branch(Session& session, Operation& operation, const EntityState& origin) {
     const kxString uid = core::ProcessUidGenerator().Next();
     operation.Store().Branch(origin.Id(), origin.Revision(), uid, operation.Stamp());
+    AlignBranch(session, operation.Store(), uid);
     RecordPlacesOfBranch(session, operation, session.Get(uid));
     session.TouchLinks();
 }

@@ -1,5 +1,6 @@
 #include <boost/smart_ptr/make_shared.hpp>
 
+#include "profile/DefinitionRecords.h"
 #include "profile/Definitions.h"
 #include "profile/Profile.h"
 

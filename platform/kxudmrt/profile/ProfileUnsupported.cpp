@@ -8,16 +8,6 @@ void ThrowNotOffered(const char* operation) {
                                    "without it or use a newer version");
 }
 
-bool Profile::ReloadContentDefinition(const kxString& /*definition*/) {
-    ThrowNotOffered("ReloadContentDefinition");
-}
-
-bool Profile::UpdateContentDefinition(const kxString& /*definition*/,
-                                      const kxStlVector<UDMCdefMetaData>& /*metadata*/,
-                                      bool /*force*/) {
-    ThrowNotOffered("UpdateContentDefinition");
-}
-
 void Profile::Export(const kxString& /*path*/,
                      const kxStlVector<kxString>& /*uids*/,
                      int /*scope*/) {

@@ -56,10 +56,13 @@ Session::Session(std::unique_ptr<store::LibraryStore> store, SessionOptions opti
         _options.clock = &core::SystemClock();
     }
     _link->session = this;
-    _link->catalogue = catalogue::Catalogue::ReadText(_store->CatalogueXml(), _options.libraryFile);
     // The first answer is always yes.
     static_cast<void>(_store->ChangedByOthers());
-    _seen = _store->LastSequence();
+    _store->View([this] {
+        _link->catalogue =
+            catalogue::Catalogue::ReadText(_store->CatalogueXml(), _options.libraryFile);
+        _seen = _store->LastSequence();
+    });
 }
 
 Session::~Session() {

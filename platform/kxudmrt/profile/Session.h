@@ -35,6 +35,8 @@
 
 namespace kxudm::profile {
 
+class Operation;
+
 struct SessionOptions {
     kxString libraryName;
     kxString libraryFile;
@@ -42,7 +44,10 @@ struct SessionOptions {
     kxString user;
     kxString workspace;
     kxString workspaceDirectory;
-    kxString baseDirectory;             // the vaults lie there; the library file's where empty
+    kxString baseDirectory;  // the vaults lie there; the library file's where empty
+    // Where content definitions are taken from afresh; empty if the session was opened without.
+    kxString catalogueFile;
+    kxString customDefinitions;         // a folder read after the file; may be empty or missing
     core::Clock* clock = nullptr;       // the machine's where null
     vault::FileLayer* files = nullptr;  // of vaults and documents, the machine's where null
 };
@@ -118,6 +123,14 @@ class Session : public boost::enable_shared_from_this<Session> {
     // All states of the entity are read again on the next question, also which is the newest.
     void Outdate(std::string_view baseUid);
 
+    // --- Definitions ---
+
+    // Tells the other sessions, in the journal, that the library has a new catalogue.
+    void RecordCatalogue(Operation& operation);
+    // The library's catalogue is this one now: the states follow it, and code 3 is queued for those
+    // whose definition is not what it was.
+    void TakeCatalogue(std::shared_ptr<const catalogue::Catalogue> catalogue);
+
     // --- Changes ---
 
     // Begin of a reading operation: takes in what others did and tells the slots of it.
@@ -155,6 +168,7 @@ class Session : public boost::enable_shared_from_this<Session> {
     void QueueOwn(const Change& change);
     void QueueUndo(const State& standing);
     void TellEverybody();
+    void CatchUpWithCatalogue(const std::vector<store::JournalEntry>& entries);
     bool ReadRow(std::string_view base, std::string_view revision, store::EntityRow& row);
     State Known(std::string_view base, std::string_view revision) const;
 

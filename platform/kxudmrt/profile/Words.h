@@ -17,6 +17,9 @@ inline constexpr std::string_view NAME = "name";
 inline constexpr std::string_view DISPLAY_NAME = "displayname";
 inline constexpr std::string_view SYSTEM_PREFIX = "smd_";
 
+// Whether the library computes the attribute: its values are not among those stored for a revision.
+[[nodiscard]] bool IsComputed(std::string_view attribute);
+
 // Attribute under which a classification says that it is a master one.
 inline constexpr std::string_view CATEGORY_KIND = "smd_cattype";
 inline constexpr std::string_view MASTER_CATEGORY = "master";

@@ -243,6 +243,13 @@ std::string LibraryStore::UpdateAttributes(EntityId id,
     return packed;
 }
 
+void LibraryStore::SetHeadValue(EntityId id,
+                                bool working,
+                                std::string_view name,
+                                const kxVariant& value) {
+    StoreHead(*connection_, id, working, name, value);
+}
+
 void LibraryStore::SetDisplayName(EntityId id,
                                   int revision,
                                   std::string_view name,

@@ -197,6 +197,26 @@ class LibraryStore {
     // Vault directories that files or entities name beside the common one. Looks at all.
     [[nodiscard]] std::vector<std::string> Vaults();
 
+    // --- What a changed content definition needs ---
+
+    // UID of an entity of the definition, a deleted one too; empty if there is none.
+    [[nodiscard]] std::string AnyOfDefinition(std::string_view definition);
+    // UID of an entity of the definition, of which any revision bears a link of that name.
+    [[nodiscard]] std::string AnyWithLink(std::string_view definition,
+                                          LinkKind kind,
+                                          std::string_view name);
+    // Every revision of every entity of the definition, also deleted and working ones, in the order
+    // of creation and number. `visit` may change the attributes of what it gets.
+    void VisitRevisions(std::string_view definition,
+                        const std::function<void(const StoredRevision&)>& visit);
+    // Sets all attributes of a revision, a published one too, without a stamp. What queries see of
+    // it is set by SetHeadValue.
+    void RewriteAttributes(EntityId id, int revision, std::string_view packed);
+    // What queries see of one attribute in the newest published or unversioned revision, or in the
+    // working one, where an empty value hides the published one.
+    void SetHeadValue(EntityId id, bool working, std::string_view name, const kxVariant& value);
+    void DropHeadValue(EntityId id, bool working, std::string_view name);
+
     // --- Links ---
 
     // Whether this very link is there. Relations to different exact revisions, or to the newest

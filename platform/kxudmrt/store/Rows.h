@@ -142,6 +142,16 @@ struct Condition {
     [[nodiscard]] bool Empty() const noexcept { return sql.empty(); }
 };
 
+// One revision of an entity as it is stored, whoever sees it.
+struct StoredRevision {
+    EntityId id = 0;
+    std::string uid = {};  // base UID
+    int revision = 0;
+    int published = NO_REVISION;  // newest published revision of the entity
+    int working = NO_REVISION;    // its working revision, if somebody has one
+    std::string packed = {};
+};
+
 // What became of a deletion: all that was hidden by it, the entity itself first.
 struct DeletedRow {
     EntityId id = 0;

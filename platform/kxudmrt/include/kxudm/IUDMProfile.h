@@ -219,8 +219,22 @@ class KXUDMRT_EXPORT IUDMProfile {
 
     // --- Definitions ---------------------------------------------------------------------------
 
-    // Takes a definition afresh from the catalogue file.
+    // Both change a content definition in the library, for all its sessions. The answer is true if
+    // something changed, and false if the library has the definition like that already. Entities
+    // that are there follow: an added attribute answers its default, the values of a removed one
+    // are kept and hidden, and those of one with another data type are converted. All is one
+    // transaction; an error leaves the library as it was. Errors: an unknown definition, one that
+    // does not fit the others, a value that would be lost (names attribute, value and revision), a
+    // change of what a definition is, or of a group with links, under its entities, and an open
+    // bulk edit. Slots are told code 3 for each entity that they hold and that follows.
+
+    // Takes a definition afresh from the catalogue file and the custom definitions, one that the
+    // library doesn't have, too. An error in the file speaks against all of it.
     virtual bool ReloadContentDefinition(const kxString& definition) = 0;
+    // The definition gets the attributes of the list, as GetContentDefinitionMetadata gives it, and
+    // no others of its own. Inherited ones must be listed; one that differs from what is inherited
+    // is overridden here. With `force`, also values that can't be told from their new form are
+    // converted ("007" to 7), but none that the new type doesn't take.
     virtual bool UpdateContentDefinition(const kxString& definition,
                                          const kxStlVector<UDMCdefMetaData>& metadata,
                                          bool force) = 0;

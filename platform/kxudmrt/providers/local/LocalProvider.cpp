@@ -58,6 +58,13 @@ LibraryPlan PlanOf(const Parameters& parameters, const store::LibraryRecord& lib
     return {library.name, library.baseDirectory, library.ldbFile, catalogue->ToXml()};
 }
 
+// A path that still means the same when the process has gone to another directory. Links are not
+// followed: they may lead somewhere else by then.
+kxString AbsoluteText(const Parameters& parameters, const kxString& key) {
+    const kxString path = parameters.Text(key);
+    return path.empty() ? path : kxString(std::filesystem::absolute(path.c_str()).native());
+}
+
 store::LibraryRecord NewRecord(const Parameters& parameters, const kxString& name) {
     store::LibraryRecord library;
     library.name = name;
@@ -98,6 +105,9 @@ boost::shared_ptr<IUDMProfile> LocalProvider::OpenProfile(const Parameters& para
                                 .workspace = workspace.name,
                                 .workspaceDirectory = workspace.workingDirectory,
                                 .baseDirectory = NormalPath(library.baseDirectory),
+                                .catalogueFile = AbsoluteText(parameters, "UDMConfigFile"),
+                                .customDefinitions =
+                                    AbsoluteText(parameters, "CustomEntityDefinitionsFolder"),
                                 .clock = _options.clock,
                                 .files = _options.files});
     // The library's row comes last: without it nothing of the library is there.
