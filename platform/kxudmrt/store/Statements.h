@@ -176,7 +176,8 @@ inline constexpr NamedStatement HAS_LINK{
 // A relation of the newest revision, ?5 NULL: one that follows the newest of the second end.
 inline constexpr NamedStatement HAS_RELATION{
     "has relation",
-    "SELECT 1 FROM link WHERE second = ?2 AND kind = 5 AND to_rev = " KXUDM_OPEN
+    "SELECT 1 FROM link INDEXED BY link_second WHERE second = ?2 AND kind = 5"
+    " AND to_rev = " KXUDM_OPEN
     " AND first = ?1 AND name = ?3 AND from_rev <= ?4 AND (ending IS NULL OR ending > ?4)"
     " AND exact IS ?5"};
 // Links of one revision only, which nobody saw in another: gone without a trace.

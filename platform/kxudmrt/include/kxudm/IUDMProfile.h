@@ -59,12 +59,15 @@ class KXUDMRT_EXPORT IUDMProfile {
                                             const kxString& name,
                                             const UDMItemHandle& parent,
                                             const kxString& group) = 0;
-    // A relation of a free type. `exact` true stays on the two exact revisions.
+    // A relation of a free type, which may not be empty or the word of a category. `exact` false
+    // follows the newest revisions of both ends, true stays on these two. Throws where `first`
+    // isn't editable and where the relation is there already.
     virtual UDMRelationHandle CreateRelation(const UDMItemHandle& first,
                                              const UDMItemHandle& second,
                                              const kxString& type,
                                              bool exact) = 0;
-    // Removes all relations from first to second; false if there was none.
+    // Removes all relations from first to second, exact ones too; false if there was none. `first`
+    // must be editable if there is any.
     virtual bool RemoveRelation(const UDMItemHandle& first, const UDMItemHandle& second) = 0;
     // Adds `child` as the last one of a group of the parent's definition. Refused: a group that
     // the definition doesn't have, a child of a definition that the group doesn't allow, a second
@@ -264,14 +267,23 @@ class KXUDMRT_EXPORT IUDMProfile {
 
     // --- References ----------------------------------------------------------------------------
 
+    // Links through the groups of category "reference" of the referring entity's definition; `type`
+    // is the group's name. A type that is none of them throws UDMNotFoundException.
+
+    // As the last one of the group; empty `type`: the first group that takes the target. Refused: a
+    // target that the group doesn't allow, one that is there, more than the group's maximum, a
+    // referring entity that isn't editable. Circles are allowed.
     virtual void AddReference(const UDMItemHandle& handle,
                               const UDMItemHandle& target,
                               const kxString& type) = 0;
+    // An empty `type` takes all groups, in the definition's order.
     virtual void GetReferences(kxStlVector<UDMItemHandle>& targets,
                                const UDMItemHandle& handle,
                                const kxString& type) = 0;
+    // Out of all groups of references. No reference: throws.
     virtual void RemoveReference(const UDMItemHandle& handle, const UDMItemHandle& target) = 0;
-    // `types`, if not empty on entry, filters; on return it holds one type for each result.
+    // One result for each reference in the newest revision of an entity. `types`, if not empty on
+    // entry, filters (an empty text in it: all); on return it holds one type for each result.
     virtual void GetReferredBy(kxStlVector<UDMItemHandle>& referring,
                                kxStlVector<kxString>& types,
                                const UDMItemHandle& handle) = 0;

@@ -287,6 +287,21 @@ TEST_F(LibraryLinks, AnExactLinkStaysOnTheRevision) {
     EXPECT_EQ(rows[0].entity.revision, 0);
 }
 
+TEST_F(LibraryLinks, RelationsOfDifferentExactnessAreDifferentLinks) {
+    const EntityId parent = Add("P");
+    const EntityId child = Add("C");
+    Link link{.parent = parent, .child = child, .kind = LinkKind::Relation, .name = "r"};
+    for (const int exact : {NO_REVISION, 0, 1}) {
+        link.exactChildRevision = exact;
+        EXPECT_FALSE(store_->IsThere(link)) << exact;
+        store_->AddLink(link, {ANN, 1});
+        EXPECT_TRUE(store_->IsThere(link)) << exact;
+        EXPECT_THROW(store_->AddLink(link, {ANN, 1}), UDMException) << exact;
+    }
+    EXPECT_EQ(Remove(LinkKind::Relation, parent, child), 3);
+    EXPECT_FALSE(store_->IsThere(link));
+}
+
 TEST_F(LibraryLinks, AConditionThinsTheListingInTheDatabase) {
     const EntityId parent = Add("P");
     const EntityId folder = Add("F");

@@ -288,6 +288,67 @@ TEST_F(LibraryRevisions, ALinkToAnExactRevisionFollowsTheFirstPublishAndDiesWith
     EXPECT_EQ(Ask("SELECT count(*) FROM link"), "1");
 }
 
+TEST_F(LibraryRevisions, AnExactRelationHoldsForTheRevisionOfItsFirstEndAlone) {
+    const EntityId id = Working("P");
+    const EntityId other = Published("O");
+    Link(id, other, LinkKind::Relation, 0, 1);
+    const auto holds = [&](int revision) {
+        std::vector<LinkedRow> rows;
+        store_->Children(id, revision, LinkKind::Relation, {}, ANN, rows);
+        return rows.size() == 1;
+    };
+    EXPECT_TRUE(holds(0));
+    store_->Publish(id, "", false, BY_ANN);
+    EXPECT_TRUE(holds(1));
+    store_->CheckOut(id, "", BY_ANN);
+    EXPECT_FALSE(holds(2));
+    EXPECT_TRUE(holds(1));
+    // An undo brings back what was removed, and this was not.
+    store_->Undo(id, BY_ANN);
+    store_->CheckOut(id, "", BY_ANN);
+    EXPECT_FALSE(holds(2));
+    Link(id, other, LinkKind::Relation, 2, 1);
+    EXPECT_TRUE(holds(2));
+    store_->Publish(id, "", true, BY_ANN);
+    EXPECT_TRUE(holds(1));
+    EXPECT_TRUE(holds(2));
+    EXPECT_FALSE(holds(3));
+    store_->Publish(id, "", false, BY_ANN);
+    EXPECT_TRUE(holds(2));
+    EXPECT_FALSE(holds(3));
+    EXPECT_EQ(Ask("SELECT group_concat(from_rev || '-' || to_rev, ' ') FROM link"), "0-2 2-3");
+}
+
+TEST_F(LibraryRevisions, RelatedEntitiesAreFoundByTypeAndByTheRevisionOfTheSecondEnd) {
+    const EntityId other = Published("O");
+    const EntityId follows = Published("F");
+    const EntityId exact = Published("E");
+    for (const EntityId id : {exact, follows}) {
+        store_->CheckOut(id, "", BY_ANN);
+    }
+    Link(follows, other, LinkKind::Relation, 2);
+    Link(exact, other, LinkKind::Relation, 2, 1);
+    const auto related = [&](int revision, std::string_view type, bool older) {
+        std::vector<LinkedRow> rows;
+        store_->Parents(other, revision, LinkKind::Relation, type, ANN, rows, older);
+        std::vector<std::string> uids;
+        for (const LinkedRow& row : rows) {
+            uids.push_back(row.entity.uid);
+        }
+        return uids;
+    };
+    EXPECT_THAT(related(1, "g", false), ElementsAre("F", "E"));
+    EXPECT_THAT(related(1, "", false), ElementsAre("F", "E"));
+    EXPECT_THAT(related(2, "g", false), ElementsAre("F"));
+    EXPECT_THAT(related(NO_REVISION, "g", false), ElementsAre("F", "E"));
+    EXPECT_THAT(related(1, "h", false), IsEmpty());
+    store_->Publish(exact, "", true, BY_ANN);
+    Unlink(follows, other, LinkKind::Relation, 2);
+    EXPECT_THAT(related(1, "g", false), IsEmpty());
+    EXPECT_THAT(related(1, "g", true), ElementsAre("E"));
+    EXPECT_THAT(related(2, "g", true), IsEmpty());
+}
+
 TEST_F(LibraryRevisions, ABranchIsANewEntityWithWhatTheRevisionHad) {
     const EntityId folder = Add("Folder", {}, RevisionState::Unversioned, "Foldertype");
     const EntityId shared = Published("Shared");

@@ -82,6 +82,7 @@ INSTANTIATE_TEST_SUITE_P(
         Named(statements::UNHIDE),
         Named(statements::INSERT_LINK),
         Named(statements::HAS_LINK),
+        Named(statements::HAS_RELATION),
         Named(statements::DROP_LINK),
         Named(statements::END_LINK),
         Named(statements::CHILDREN_NAMED),
@@ -164,8 +165,10 @@ INSTANTIATE_TEST_SUITE_P(
     });
 
 TEST_F(LibraryFixture, ALinkIsFoundByBothEndsNotByOneOfThemAlone) {
-    for (const auto* named :
-         {&statements::HAS_LINK, &statements::DROP_LINK, &statements::END_LINK}) {
+    for (const auto* named : {&statements::HAS_LINK,
+                              &statements::HAS_RELATION,
+                              &statements::DROP_LINK,
+                              &statements::END_LINK}) {
         const std::string plan = Plan(store_->Connection(), named->text);
         EXPECT_THAT(plan, HasSubstr("(second=? AND kind=? AND to_rev=? AND first=?"))
             << named->name;
@@ -183,7 +186,10 @@ TEST_F(LibraryFixture, RecursiveWalksSearchInEachStep) {
 }
 
 TEST_F(LibraryFixture, ListingsOfOlderParentsSearchThoughTheySort) {
-    for (const auto* named : {&statements::PARENTS_OLDER, &statements::PLACES_OLDER}) {
+    for (const auto* named : {&statements::PARENTS_OLDER,
+                              &statements::PLACES_OLDER,
+                              &statements::RELATED,
+                              &statements::RELATED_OLDER}) {
         const std::string plan = Plan(store_->Connection(), named->text);
         EXPECT_THAT(plan, HasSubstr("SEARCH l USING")) << named->name;
         EXPECT_THAT(plan, Not(HasSubstr("SCAN"))) << named->name;
