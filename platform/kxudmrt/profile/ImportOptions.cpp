@@ -116,8 +116,10 @@ ImportOptions ReadImportOptions(const catalogue::Catalogue& catalogue,
                                 const kxStlMap<kxString, kxString>& options) {
     ImportOptions read;
     for (const auto& [name, value] : options) {
-        const auto* const option = std::find_if(
-            OPTIONS.begin(), OPTIONS.end(), [&](const Option& each) { return name == each.name; });
+        const auto* const option =
+            std::find_if(OPTIONS.begin(), OPTIONS.end(), [&wanted = name](const Option& each) {
+                return wanted == each.name;
+            });
         if (option == OPTIONS.end()) {
             ThrowUnknown(name);
         }
