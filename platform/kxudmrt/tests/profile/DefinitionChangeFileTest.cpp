@@ -1,4 +1,6 @@
 // Content definitions taken afresh from the catalogue file.
+#include <algorithm>
+
 #include "ChangedDefinitions.h"
 
 namespace kxudm::test {
@@ -104,7 +106,9 @@ TEST_F(DefinitionChangeFile, D19_ThatCannotServeIsAnErrorAndTheLibraryStaysAsItI
     EXPECT_THAT(Refusal<UDMNotFoundException>([&] { ann->ReloadContentDefinition("Nothing"); }),
                 AllOf(HasSubstr("\"Nothing\""), HasSubstr(file)));
     Edit(COUNT, "<attribute name=\"count\" type=\"Length\"/>");
-    EXPECT_THAT(Reload("Part"), AllOf(HasSubstr(file + ":55: "), HasSubstr("Length")));
+    const auto line = 1 + std::count(good.begin(), good.begin() + good.find(COUNT), '\n');
+    EXPECT_THAT(Reload("Part"),
+                AllOf(HasSubstr(file + ":" + std::to_string(line) + ": "), HasSubstr("Length")));
     // An error anywhere in it speaks against all of it.
     EXPECT_THAT(Reload("Note"), HasSubstr(file));
     Write(good.substr(0, good.size() / 2));
