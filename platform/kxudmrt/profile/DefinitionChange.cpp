@@ -283,23 +283,42 @@ bool ChangeCatalogue(Session& session,
     return true;
 }
 
+void ShowThrough(const ContentDefinition& definition, store::AttributeList& attributes) {
+    std::erase_if(attributes, [&](const auto& each) {
+        return definition.FindAttribute(each.first) == nullptr;
+    });
+    std::set<std::string_view> there;
+    for (const auto& [name, value] : attributes) {
+        there.insert(name);
+    }
+    store::AttributeList defaults;
+    for (const AttributeDefinition* attribute : definition.Attributes()) {
+        if (!attribute->defaultValue.IsEmpty() && !there.contains(attribute->name) &&
+            !IsComputed(attribute->name)) {
+            defaults.emplace_back(attribute->name, attribute->defaultValue);
+        }
+    }
+    attributes.insert(attributes.end(), defaults.begin(), defaults.end());
+}
+
 void AlignBranch(Session& session, store::LibraryStore& store, const kxString& uid) {
     store::EntityRow row;
     if (!store.FindByUid(uid, session.Viewer(), row)) {
         return;
     }
     const ContentDefinition& definition = session.Catalogue()->Get(row.definition);
-    std::set<kxString> there;
-    for (const auto& [name, value] : store::UnpackAttributes(row.packed)) {
-        there.insert(name);
+    const store::AttributeList stored = store::UnpackAttributes(row.packed);
+    store::AttributeList shown = stored;
+    ShowThrough(definition, shown);
+    for (const auto& [name, value] : stored) {
         if (definition.FindAttribute(name) == nullptr) {
             store.DropHeadValue(row.id, true, name);
         }
     }
-    for (const AttributeDefinition* attribute : definition.Attributes()) {
-        if (!attribute->defaultValue.IsEmpty() && !there.contains(attribute->name) &&
-            !IsComputed(attribute->name)) {
-            store.SetHeadValue(row.id, true, attribute->name, attribute->defaultValue);
+    for (const auto& [name, value] : shown) {
+        kxVariant there;
+        if (!store::FindPackedAttribute(row.packed, name, there)) {
+            store.SetHeadValue(row.id, true, name, value);
         }
     }
 }

@@ -31,6 +31,10 @@ bool ChangeCatalogue(Session& session,
                      bool rewrite,
                      const std::function<CataloguePtr(const catalogue::Catalogue&)>& make);
 
+// Turns the stored attributes of a revision into what its definition, which may have changed since,
+// shows of them: without hidden ones, with the defaults of those that it never had a value of.
+void ShowThrough(const catalogue::ContentDefinition& definition, store::AttributeList& attributes);
+
 // Brings what queries see of a branch in line with its definition: its attributes come from a
 // revision that may be older than that. `uid` is the branch's.
 void AlignBranch(Session& session, store::LibraryStore& store, const kxString& uid);

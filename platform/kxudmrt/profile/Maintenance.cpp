@@ -8,6 +8,7 @@
 #include <unordered_set>
 #include <utility>
 
+#include "profile/DefinitionChange.h"
 #include "profile/Neighbours.h"
 #include "profile/Profile.h"
 #include "profile/Words.h"
@@ -68,10 +69,16 @@ class Verification {
     Findings Run() {
         std::vector<store::ContentUse> uses;
         _session.Store().View([&] {
-            store::CheckRows(_session.Store(),
-                             [this](Kind kind, const std::string& object, const std::string& text) {
-                                 Report(kind, object, text);
-                             });
+            store::CheckRows(
+                _session.Store(),
+                [this](const std::string& definition, store::AttributeList& attributes) {
+                    if (const auto* known = _session.Catalogue()->Find(definition)) {
+                        ShowThrough(*known, attributes);
+                    }
+                },
+                [this](Kind kind, const std::string& object, const std::string& text) {
+                    Report(kind, object, text);
+                });
             CheckDefinitions();
             uses = store::ContentsInUse(_session.Store());
         });

@@ -44,12 +44,14 @@ void CheckAttributes(LibraryStore& store, const Report& report) {
 // --- Search attributes ---
 
 // What a revision says; false if that can't be read, which is reported already.
-bool HeadsOfRevision(const sql::Statement& row, int displayName, Heads& heads) {
+bool HeadsOfRevision(const sql::Statement& row, int displayName, const Shown& shown, Heads& heads) {
     if (row.IsNull(displayName)) {
         return false;
     }
     try {
-        for (const auto& [name, value] : UnpackAttributes(row.Bytes(displayName + 1))) {
+        AttributeList attributes = UnpackAttributes(row.Bytes(displayName + 1));
+        shown(row.String(6), attributes);
+        for (const auto& [name, value] : attributes) {
             if (!value.IsEmpty()) {
                 heads[name] = HeadValue(value);
             }
@@ -108,7 +110,7 @@ std::string Difference(const Heads& expected, const Heads& found) {
     return {};
 }
 
-void CheckHeads(LibraryStore& store, const Report& report) {
+void CheckHeads(LibraryStore& store, const Shown& shown, const Report& report) {
     const auto compare =
         [&](const std::string& uid, const char* which, const Heads& expected, const Heads& found) {
             if (const std::string name = Difference(expected, found); !name.empty()) {
@@ -124,12 +126,12 @@ void CheckHeads(LibraryStore& store, const Report& report) {
         Heads seen;
         ReadHeads(store, find.Int64(0), published, seen);
         Heads expected;
-        const bool hasPublished = HeadsOfRevision(find, 2, expected);
+        const bool hasPublished = HeadsOfRevision(find, 2, shown, expected);
         if (hasPublished) {
             compare(find.String(1), "published", expected, published);
         }
         Heads working;
-        if (HeadsOfRevision(find, 4, working) && (!hasPublished || published == expected)) {
+        if (HeadsOfRevision(find, 4, shown, working) && (!hasPublished || published == expected)) {
             compare(find.String(1), "working", working, seen);
         }
     }
@@ -137,13 +139,13 @@ void CheckHeads(LibraryStore& store, const Report& report) {
 
 }  // namespace
 
-void CheckRows(LibraryStore& store, const Report& report) {
+void CheckRows(LibraryStore& store, const Shown& shown, const Report& report) {
     CheckDatabase(store, report);
     ReportRows(store, statements::NEWEST_MISSING, Kind::RevisionMissing, report);
     ReportRows(store, statements::STRAY_REVISIONS, Kind::RevisionStray, report);
     ReportRows(store, statements::STRAY_LOCKS, Kind::RevisionStray, report);
     CheckAttributes(store, report);
-    CheckHeads(store, report);
+    CheckHeads(store, shown, report);
     ReportRows(store, statements::WRONG_FOLDING, Kind::SearchAttributes, report);
     ReportRows(store, statements::LINK_INTERVALS, Kind::LinkInterval, report);
     ReportRows(store, statements::LINKS_TWICE, Kind::LinkInterval, report);

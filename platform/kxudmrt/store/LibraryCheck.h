@@ -17,9 +17,12 @@ namespace kxudm::store {
 
 using Report = std::function<void(UDMFindingKind, std::string object, std::string text)>;
 
+// Turns the attributes of a revision of an entity of that definition into those that queries see.
+using Shown = std::function<void(const std::string& definition, AttributeList& attributes)>;
+
 // All but what concerns contents and definitions, in the order of the kinds. To be called in a
 // View, so that it sees one state of the library.
-void CheckRows(LibraryStore& store, const Report& report);
+void CheckRows(LibraryStore& store, const Shown& shown, const Report& report);
 
 // Owners, folders and classifications that stand above themselves: each cycle once.
 void CheckCycles(LibraryStore& store, const Report& report);

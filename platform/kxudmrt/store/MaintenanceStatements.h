@@ -143,7 +143,8 @@ inline constexpr NamedStatement ALL_ATTRIBUTES{
     ", r.attributes FROM revision r LEFT JOIN entity e ON e.id = r.id >> 24 ORDER BY r.id"};
 inline constexpr NamedStatement ALL_NEWEST{
     "all newest revisions",
-    "SELECT e.id, e.uid, p.display_name, p.attributes, w.display_name, w.attributes FROM entity e"
+    "SELECT e.id, e.uid, p.display_name, p.attributes, w.display_name, w.attributes, e.definition"
+    " FROM entity e"
     " LEFT JOIN revision p ON p.id = (e.id << 24) + e.published"
     " LEFT JOIN revision w ON w.id = (e.id << 24) + e.working ORDER BY e.id"};
 inline constexpr NamedStatement HEADS_OF{

@@ -11,7 +11,8 @@ namespace {
 // - head_attribute holds for each entity the attributes of its newest published (or unversioned)
 //   revision with working 0, and over them, with working 1, those in which the working revision
 //   differs (all of them before the first publish; NULL masks a value). "displayname" is among
-//   them.
+//   them. Attributes that its definition does not have any more are not, and one that came into it
+//   later stands with its default as long as the revision never had a value of it.
 // - A link holds for the revisions from_rev <= r < to_rev of the end that bears it: `first`, which
 // is
 //   the parent for kinds 1, 2 and 5, the child for 3 and 4. to_rev 2147483647 is open. A link

@@ -2,6 +2,7 @@
 #include <random>
 
 #include "ChangedDefinitions.h"
+#include "Maintained.h"
 #include "query/Evaluator.h"
 #include "query/Parser.h"
 
@@ -51,6 +52,7 @@ TEST_F(DefinitionChangeQueries, D2_ABranchOfAnOlderRevisionIsFoundByDefaultsAndN
     ann->Checkout(first, "");
     EXPECT_THAT(Hits(ann, "attrib.finish == raw"), ElementsAre("Wheel", "Wheel"));
     EXPECT_THAT(Hits(ann, "attrib.count == 4"), IsEmpty());
+    EXPECT_THAT(Texts(UDMMaintenance(ann).Verify(AT_ONCE)), IsEmpty());
 }
 
 // An entity as a session shows it.
@@ -245,6 +247,7 @@ TEST_F(Generated, D26_QueriesFindWhatTheEntitiesAnswerAfterAnyChangesOfDefinitio
             ASSERT_NO_FATAL_FAILURE(Compare(bob, "(" + query + ")", i % 2 == 0)) << "seed " << seed;
         }
     }
+    EXPECT_THAT(Texts(UDMMaintenance(ann).Verify(AT_ONCE)), IsEmpty()) << "seed " << seed;
     // Otherwise it would say nothing.
     EXPECT_GT(changes, 10) << "seed " << seed;
     EXPECT_GT(refusals, 0) << "seed " << seed;
