@@ -141,10 +141,27 @@ Names LinesOf(Child& child) {
     return lines;
 }
 
-void KillOften(long kills, std::mt19937& random) {
+// How long the work takes up to its first publications, on this machine as it is now.
+std::chrono::microseconds TimeOfWork() {
+    constexpr int LINES = 6;
+    Library library;
+    const std::string sources = library.Folder().File("in");
+    WriteSources(sources, 0);
+    Child child([&](int to) { Work(library, sources, 0, to); });
+    child.Go();
+    child.Line();
+    const auto start = std::chrono::steady_clock::now();
+    for (int i = 0; i < LINES; ++i) {
+        child.Line();
+    }
+    return std::chrono::duration_cast<std::chrono::microseconds>(std::chrono::steady_clock::now() -
+                                                                 start);
+}
+
+void KillOften(long kills, std::chrono::microseconds time, std::mt19937& random) {
     Library library;
     const std::string out = library.Folder().File("out");
-    std::uniform_int_distribution<int> moment(0, 60000);
+    std::uniform_int_distribution<std::int64_t> moment(0, 2 * time.count());
     std::size_t done = 0;
     for (int round = 0; round < kills; ++round) {
         const std::string sources = library.Folder().File("in" + std::to_string(round));
@@ -188,8 +205,9 @@ TEST(KillTest, WhatAKilledProcessReportedIsThereAndTheLibraryIsSound) {
     const long seed = Setting("KXUDM_SEED", static_cast<long>(std::random_device()() & 0xffff));
     std::printf("KXUDM_SEED=%ld\n", seed);
     std::mt19937 random(static_cast<std::mt19937::result_type>(seed));
+    const std::chrono::microseconds time = TimeOfWork();
     for (long left = kills; left > 0 && !HasFailure(); left -= KILLS_OF_A_LIBRARY) {
-        KillOften(std::min<long>(left, KILLS_OF_A_LIBRARY), random);
+        KillOften(std::min<long>(left, KILLS_OF_A_LIBRARY), time, random);
     }
 }
 
