@@ -15,6 +15,8 @@
 #include <deque>
 #include <vector>
 
+#include "tests/mock/MockSignatures.h"
+
 namespace kxct::mock {
 
 struct FakeAttribute {

@@ -13,6 +13,8 @@
 
 #include <boost/smart_ptr/make_shared.hpp>
 
+#include "tests/mock/MockSignatures.h"
+
 namespace kxct::mock {
 
 class MockProfile : public kxudm::IUDMProfile {

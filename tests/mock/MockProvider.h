@@ -11,6 +11,8 @@
 
 #include <boost/smart_ptr/make_shared.hpp>
 
+#include "tests/mock/MockSignatures.h"
+
 namespace kxct::mock {
 
 class MockProvider : public kxudm::spi::IUDMProvider {
