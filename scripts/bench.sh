@@ -83,7 +83,8 @@ print_table() {
 # Each operation in a process of its own: what one does to the heap is nothing to the next.
 operations=("item from the cache" "item by UID" "children, first time" "children, again" "structure"
             "attribute edit" "check-out and publish" "check-out of a parent" "history"
-            "bulk creation, alone" "bulk creation, owned" "open a library")
+            "bulk creation, alone" "bulk creation, owned"
+            "import of files" "import of a large file" "open a library")
 for operation in "${operations[@]}"; do
   [[ $filter == . || $operation =~ $filter ]] || continue
   "$build/bin/kxct_bench" --benchmark_filter="^$operation/" --benchmark_format=csv \
@@ -105,6 +106,7 @@ function budget_of(operation) {
   if (operation == "attribute edit") return "1.3"
   if (operation ~ /^check-out/) return "1.5"
   if (operation ~ /^bulk creation/) return "2"
+  if (operation ~ /^import of files/) return "2"
   return "-"
 }
 function size_of(key, piece) {

@@ -127,13 +127,22 @@ void BulkImport::Take(std::size_t file, const std::string& source) {
         }
         return;
     }
-    if (_session.Vaults().Keeps(source)) {
+    if (IsOfVault(planned.folder, source)) {
         throw UDMException("it is part of a vault of this library; name files outside of it");
     }
     const ContentDefinition& definition = DefinitionFor(planned.name, place);
     _pending.push_back({file, &place, &definition, Store(planned.name, source)});
     _pendingNames.emplace(std::pair(&place, std::string_view(planned.name)), _pending.size() - 1);
     _pendingBytes += planned.size;
+}
+
+// What lies together in a folder is of a vault or is not. Looking costs as much as a small file.
+bool BulkImport::IsOfVault(std::size_t folder, const std::string& source) {
+    if (folder != _lookedAt) {
+        _lookedAt = folder;
+        _isOfVault = _session.Vaults().Keeps(source);
+    }
+    return _isOfVault;
 }
 
 store::FileRow BulkImport::Store(const std::string& name, const std::string& source) {

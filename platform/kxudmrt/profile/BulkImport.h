@@ -53,6 +53,7 @@ class BulkImport {
     void Take(std::size_t file, const std::string& source);
     store::FileRow Store(const std::string& name, const std::string& source);
     const catalogue::ContentDefinition& DefinitionFor(const std::string& name, Place& place);
+    bool IsOfVault(std::size_t folder, const std::string& source);
     // Whether contents of that name lie there, and their files of that name.
     bool FindNamed(Place& place, const std::string& name, std::vector<store::FileRow>& files);
     bool IsFile(const store::FileRow& row, const std::string& source, std::uint64_t size);
@@ -81,6 +82,8 @@ class BulkImport {
     std::vector<Pending> _pending;
     std::map<std::pair<const Place*, std::string_view>, std::size_t> _pendingNames;
     std::uint64_t _pendingBytes = 0;
+    std::size_t _lookedAt = static_cast<std::size_t>(-1);  // folder of the plan
+    bool _isOfVault = false;                               // what is in that one
     std::size_t _nextFolder = 0;  // folders of the plan before it are made where wanted
     std::set<std::size_t> _refusedFolders;
     bool _atEnd = false;

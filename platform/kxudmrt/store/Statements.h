@@ -34,11 +34,12 @@
 #define KXUDM_BORNE_CLOSED KXUDM_BORNE_FROM " AND l.to_rev > ?5 AND l.to_rev < " KXUDM_OPEN
 // The other end of links that this end does not bear: contents of a folder, or parents. ?3, ?4
 // kind.
-#define KXUDM_LAID_FROM                                                    \
-    " FROM link l CROSS JOIN entity e ON e.id = l.first AND e.deleted = 0" \
-    " CROSS JOIN revision r ON r.id = (e.id << 24) + " KXUDM_SEEN          \
-    " WHERE l.second = ?3 AND l.kind = ?4 AND l.to_rev = " KXUDM_OPEN      \
-    " AND l.from_rev <= (r.id & 16777215)"                                 \
+#define KXUDM_LAID_FROM " FROM link l" KXUDM_LAID_JOINED
+#define KXUDM_LAID_JOINED                                             \
+    " CROSS JOIN entity e ON e.id = l.first AND e.deleted = 0"        \
+    " CROSS JOIN revision r ON r.id = (e.id << 24) + " KXUDM_SEEN     \
+    " WHERE l.second = ?3 AND l.kind = ?4 AND l.to_rev = " KXUDM_OPEN \
+    " AND l.from_rev <= (r.id & 16777215)"                            \
     " AND (l.ending IS NULL OR l.ending > (r.id & 16777215))"
 // What the viewer sees of `p`.
 #define KXUDM_SEEN_PARENT                                                             \
@@ -271,9 +272,10 @@ inline constexpr NamedStatement LIES_BELOW{
 
 // --- Folders and roots ---
 
+// By name: the index of listings would give the order, too, but walk the whole folder.
 inline constexpr NamedStatement IN_FOLDER{
     "in folder",
-    "SELECT " KXUDM_ROW "NULL" KXUDM_LAID_FROM
+    "SELECT " KXUDM_ROW "NULL FROM link l INDEXED BY link_entry" KXUDM_LAID_JOINED
     " AND l.entry = ?5 AND (?6 = '' OR e.definition = ?6) ORDER BY l.first"};
 inline constexpr NamedStatement AT_TOP{
     "at the top",

@@ -44,6 +44,11 @@ TEST_P(QueryPlan, UsesAnIndexAndSortsNothing) {
     EXPECT_THAT(plan, Not(HasSubstr("USE TEMP B-TREE FOR ORDER BY")));
 }
 
+TEST_F(LibraryFixture, ANameInAFolderIsLookedUpWithoutWalkingTheFolder) {
+    EXPECT_THAT(Plan(store_->Connection(), statements::IN_FOLDER.text),
+                HasSubstr("USING INDEX link_entry (second=? AND entry=?)"));
+}
+
 // There are few of them at any time, whereas a user may have very much checked out.
 TEST_F(LibraryFixture, APublishLooksThroughTheLinksThatWaitForTheirEnd) {
     const std::string plan = Plan(store_->Connection(), statements::OWNED_TWICE.text);
