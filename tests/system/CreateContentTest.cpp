@@ -2,6 +2,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <kxctinterfaces/Item.h>
+#include <kxudm/UDMItemHandle.h>
 
 #include "Host.h"
 
@@ -109,6 +110,56 @@ TEST_F(CreateContent, SignsOfOtherPatternLanguagesStandForThemselves) {
     EXPECT_EQ(NewName("UDMPart", "[ab]", Assembly({"a"})), "[ab]");
     EXPECT_EQ(NewName("UDMPart", "C:\\temp", Assembly({"C:\\temp"})), "C:\\temp_1");
     EXPECT_EQ(NewName("UDMPart", "it's", Assembly({"it's"})), "it's_1");
+}
+
+TEST_F(CreateContent, WildcardsInANameAreWildcards) {
+    EXPECT_EQ(NewName("UDMPart", "p*t", Assembly({"part", "pit", "bolt"})), "p*t_2");
+    // Nothing is put behind a pattern that ends in a wildcard.
+    EXPECT_EQ(NewName("UDMPart", "p?", Assembly({"pi", "pit", "bolt"})), "p?_1");
+}
+
+TEST_F(CreateContent, AQuotationMarkBreaksTheQuestionForSiblings) {
+    EXPECT_EQ(NewName("UDMPart", "3\" bolt", Assembly({})), "none");
+    EXPECT_EQ(NewName("UDMPart", "3\" bolt", nullptr), "3\" bolt");
+}
+
+TEST_F(CreateContent, OnlyTheLastUnderscoreParts) {
+    EXPECT_EQ(NewName("UDMPart", "a_b_3", Assembly({"a_b_1", "a_b_2", "a_x"})), "a_b_3_2");
+    EXPECT_EQ(NewName("UDMPart", "_x", Assembly({"bolt", "nut"})), "_x_2");
+    EXPECT_EQ(NewName("UDMPart", "a_", Assembly({"ab"})), "a__1");
+}
+
+TEST_F(CreateContent, LettersCountAsTheyAre) {
+    EXPECT_EQ(NewName("UDMPart", "part", Assembly({"Part", "PART", "part"})), "part_1");
+    EXPECT_EQ(NewName("UDMPart", "\xC3\xA4", Assembly({"a", "\xC3\x84", "\xC3\xA4"})),
+              "\xC3\xA4_1");
+}
+
+TEST_F(CreateContent, AnItemThatIsAddedIsNamedAfterItsDefinition) {
+    Item* assembly = Assembly({"bolt"});
+    const auto add = [&](const kxString& definition) {
+        kxudm::UDMItemHandle made;
+        return assembly->AddItem(made, "parts", definition) ? made.GetDisplayName()
+                                                            : kxString("none");
+    };
+    EXPECT_EQ(add("UDMPart"), "Part");
+    EXPECT_EQ(add("UDMPart"), "Part1");
+    EXPECT_EQ(add("UDMPart"), "Part2");
+    EXPECT_EQ(add("UDMAssemblyDM"), "Assembly");
+    EXPECT_EQ(add("Nothing"), "none");
+    EXPECT_EQ(add("Foldertype"), "none");
+    kxStlVector<Item*> children;
+    EXPECT_TRUE(assembly->GetChildren(children));
+    EXPECT_EQ(children.size(), 5U);
+}
+
+TEST_F(CreateContent, AnItemThatIsAddedTakesTheFirstNameThatIsFree) {
+    Item* assembly = Assembly({"Part1", "part"});
+    kxudm::UDMItemHandle made;
+    ASSERT_TRUE(assembly->AddItem(made, "parts", "UDMPart"));
+    EXPECT_EQ(made.GetDisplayName(), "Part");
+    ASSERT_TRUE(assembly->AddItem(made, "parts", "UDMPart"));
+    EXPECT_EQ(made.GetDisplayName(), "Part2");
 }
 
 TEST_F(CreateContent, ClassificationsWithoutAParentCountTheOnesThatAreThere) {
