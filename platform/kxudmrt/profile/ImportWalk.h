@@ -59,7 +59,7 @@ class ImportWalk {
     struct Visit {
         std::string source;
         kxString target;
-        std::string relative = {};       // to the imported folder; empty for that itself
+        std::string relative = {};  // to the imported folder; empty for that itself
         std::ptrdiff_t above = -1;  // in _visits
         dev_t device = 0;
         ino_t inode = 0;

@@ -75,8 +75,8 @@ std::vector<LinkedRow> ChildRows(Session& session,
     return rows;
 }
 
-// Out of the library, and noted for the next time. An owner is who owns in its newest revision: what
-// an older one lists may have no owner any more.
+// Out of the library, and noted for the next time. An owner is who owns in its newest revision:
+// what an older one lists may have no owner any more.
 void ListChildren(Session& session,
                   const EntityState& parent,
                   const Selection& selection,

@@ -98,18 +98,18 @@ boost::shared_ptr<IUDMProfile> LocalProvider::OpenProfile(const Parameters& para
     MakeDirectories(workspace.workingDirectory, "directory of the workspace (WorkspaceBaseDir)");
     const SessionPtr session = boost::make_shared<profile::Session>(
         std::move(store),
-        profile::SessionOptions{.libraryName = library.name,
-                                .libraryFile = NormalPath(library.ldbFile),
-                                .profileName = library.profileName,
-                                .user = workspace.user,
-                                .workspace = workspace.name,
-                                .workspaceDirectory = workspace.workingDirectory,
-                                .baseDirectory = NormalPath(library.baseDirectory),
-                                .catalogueFile = AbsoluteText(parameters, "UDMConfigFile"),
-                                .customDefinitions =
-                                    AbsoluteText(parameters, "CustomEntityDefinitionsFolder"),
-                                .clock = _options.clock,
-                                .files = _options.files});
+        profile::SessionOptions{
+            .libraryName = library.name,
+            .libraryFile = NormalPath(library.ldbFile),
+            .profileName = library.profileName,
+            .user = workspace.user,
+            .workspace = workspace.name,
+            .workspaceDirectory = workspace.workingDirectory,
+            .baseDirectory = NormalPath(library.baseDirectory),
+            .catalogueFile = AbsoluteText(parameters, "UDMConfigFile"),
+            .customDefinitions = AbsoluteText(parameters, "CustomEntityDefinitionsFolder"),
+            .clock = _options.clock,
+            .files = _options.files});
     // The library's row comes last: without it nothing of the library is there.
     static_cast<void>(master->AddWorkspace(workspace));
     if (!known) {

@@ -13,8 +13,8 @@ class Parameters {
   public:
     explicit Parameters(const UDMProfileMgr::Parameters& map) : _map(map) {}
 
-    // The text under a key; empty if it is missing. Throws UDMException if it is not UTF-8 or holds a
-    // zero byte: such a text would be another one, or cut, wherever it is kept.
+    // The text under a key; empty if it is missing. Throws UDMException if it is not UTF-8 or holds
+    // a zero byte: such a text would be another one, or cut, wherever it is kept.
     [[nodiscard]] kxString Text(const kxString& key) const;
     // Throws UDMException if it is missing or empty.
     [[nodiscard]] kxString Required(const kxString& key) const;

@@ -558,8 +558,8 @@ TEST_P(RevisionRandom, TheRuntimeDoesWhatTheModelSays) {
             }
             sequence.CompareAll(carl);
             for (const UDMFinding& finding : UDMMaintenance(carl).Verify()) {
-                ADD_FAILURE() << UDMMaintenance::Name(finding.kind) << " " << finding.object
-                              << ": " << finding.text;
+                ADD_FAILURE() << UDMMaintenance::Name(finding.kind) << " " << finding.object << ": "
+                              << finding.text;
             }
             log = sequence.Log();
         }
