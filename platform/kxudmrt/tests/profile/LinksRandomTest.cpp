@@ -17,7 +17,7 @@ using Group = RevisionModel::Group;
 using Indices = std::vector<int>;
 
 constexpr int SHARDS = 8;
-constexpr int SEQUENCES = 160;  // of all shards
+constexpr int SEQUENCES = 64;  // of all shards
 constexpr int STEPS = 40;
 constexpr int USERS = 2;
 constexpr int FOLDERS = 3;
