@@ -31,7 +31,7 @@ work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 
 if ! { cmake --preset release -B "$build" &&
-       cmake --build "$build" --target kxct_bench kxct_bench_memory; } >"$work/build" 2>&1; then
+       cmake --build "$build" --target kxct_bench kxct_bench_memory kxct_bench_query_text; } >"$work/build" 2>&1; then
   tail -n 30 "$work/build" >&2
   echo "bench: the build failed" >&2
   exit 1
@@ -84,6 +84,7 @@ print_table() {
 operations=("item from the cache" "item by UID" "children, first time" "children, again" "structure"
             "attribute edit" "check-out and publish" "check-out of a parent" "history"
             "bulk creation, alone" "bulk creation, owned"
+            "query" "query, prefix and definition" "children that meet a query"
             "import of files" "import of a large file" "open a library")
 for operation in "${operations[@]}"; do
   [[ $filter == . || $operation =~ $filter ]] || continue
@@ -105,6 +106,7 @@ function budget_of(operation) {
   if (operation == "structure") return "2"
   if (operation == "attribute edit") return "1.3"
   if (operation ~ /^check-out/) return "1.5"
+  if (operation ~ /^query/) return "1.5"
   if (operation ~ /^bulk creation/) return "2"
   if (operation ~ /^import of files/) return "2"
   return "-"
@@ -155,6 +157,18 @@ END {
       sprintf("%.2f", ours[key] / floor[key]), budget_of(part[1])
   }
 }' "$work/times" | print_table
+
+# --- Text of a query ---
+
+if [[ $filter == . || "text of a query" =~ $filter ]]; then
+  echo
+  "$build/bin/kxct_bench_query_text" | awk -F, '
+  BEGIN {
+    OFS = "\t"
+    print "text of a query, parsed and compiled", "time", "budget"
+  }
+  NR > 1 { print "of " $1 " terms", sprintf("%.2f us", $2), "20 us" }' | print_table
+fi
 
 # --- Memory ---
 

@@ -54,59 +54,62 @@ bool IsLeftOut(const Session& session, const Selection& selection, const LinkedR
     return definition == nullptr || !definition->IsAllowedIn(*selection.filter);
 }
 
-std::vector<LinkedRow> ChildRows(Session& session,
-                                 const EntityState& parent,
-                                 const Selection& selection,
-                                 bool withAttributes,
-                                 const store::Condition& condition = {}) {
+// Children in their order, each with its row, which is good while `take` runs.
+void VisitSelected(Session& session,
+                   const EntityState& parent,
+                   const Selection& selection,
+                   const store::Condition& condition,
+                   const std::function<void(LinkedRow&)>& take) {
     std::vector<LinkedRow> rows;
-    session.Store().Children(parent.Id(),
-                             parent.Revision(),
-                             selection.kind,
-                             selection.name,
-                             session.Viewer(),
-                             rows,
-                             withAttributes,
-                             condition);
-    std::erase_if(rows, [&](const LinkedRow& row) { return IsLeftOut(session, selection, row); });
-    if (NeedsGroupOrder(selection)) {
+    const bool sorts = NeedsGroupOrder(selection);
+    session.Store().VisitChildren(
+        parent.Id(),
+        parent.Revision(),
+        selection.kind,
+        selection.name,
+        session.Viewer(),
+        [&](LinkedRow& row) {
+            if (IsLeftOut(session, selection, row)) {
+                return;
+            }
+            if (sorts) {
+                rows.push_back(std::move(row));
+            } else {
+                take(row);
+            }
+        },
+        condition);
+    if (sorts) {
         GroupOrder(*parent.Definition(), selection.kind).Sort(rows);
+        std::for_each(rows.begin(), rows.end(), take);
     }
-    return rows;
 }
 
-// Out of the library, and noted for the next time. An owner is who owns in its newest revision:
-// what an older one lists may have no owner any more.
+// An owner is who owns in its newest revision: what an older one lists may have no owner any more.
+Session::State ChildOf(Session& session,
+                       const EntityState& parent,
+                       const Selection& selection,
+                       LinkedRow& row) {
+    Session::State child = session.StateOf(std::move(row.entity));
+    if (selection.kind == LinkKind::Owner && parent.IsNewest()) {
+        child->NoteOwner(session.LinkEpoch());
+    }
+    return child;
+}
+
+// Out of the library, and noted for the next time.
 void ListChildren(Session& session,
                   const EntityState& parent,
                   const Selection& selection,
                   Listings::Place&& place,
                   kxStlVector<UDMItemHandle>& children) {
     Listings::Children listed;
-    const auto take = [&](LinkedRow& row) {
-        Session::State child = session.StateOf(std::move(row.entity));
-        if (selection.kind == LinkKind::Owner && parent.IsNewest()) {
-            child->NoteOwner(session.LinkEpoch());
-        }
+    VisitSelected(session, parent, selection, {}, [&](LinkedRow& row) {
+        Session::State child = ChildOf(session, parent, selection, row);
         child->SetListed();
         listed.push_back(child.get());
         children.emplace_back(std::move(child));
-    };
-    if (NeedsGroupOrder(selection)) {
-        std::vector<LinkedRow> rows = ChildRows(session, parent, selection, true);
-        std::for_each(rows.begin(), rows.end(), take);
-    } else {
-        session.Store().VisitChildren(parent.Id(),
-                                      parent.Revision(),
-                                      selection.kind,
-                                      selection.name,
-                                      session.Viewer(),
-                                      [&](LinkedRow& row) {
-                                          if (!IsLeftOut(session, selection, row)) {
-                                              take(row);
-                                          }
-                                      });
-    }
+    });
     session.Listed().Keep(std::move(place), std::move(listed), session.LinkEpoch());
 }
 
@@ -117,13 +120,9 @@ void ListChildrenThat(Session& session,
                       const Selection& selection,
                       const store::Condition& condition,
                       kxStlVector<UDMItemHandle>& children) {
-    for (LinkedRow& row : ChildRows(session, parent, selection, true, condition)) {
-        Session::State child = session.StateOf(std::move(row.entity));
-        if (selection.kind == LinkKind::Owner && parent.IsNewest()) {
-            child->NoteOwner(session.LinkEpoch());
-        }
-        children.emplace_back(std::move(child));
-    }
+    VisitSelected(session, parent, selection, condition, [&](LinkedRow& row) {
+        children.emplace_back(ChildOf(session, parent, selection, row));
+    });
 }
 
 // The links by which `relation` asks, as kind and name.
@@ -232,7 +231,9 @@ std::size_t Profile::GetChildCount(const UDMItemHandle& parent,
     const Session::State holder = _session->Resolve(parent);
     const Selection selection = SelectionOf(*holder->Definition(), group);
     if (selection.filter != nullptr) {
-        return ChildRows(*_session, *holder, selection, false, condition).size();
+        std::size_t count = 0;
+        VisitSelected(*_session, *holder, selection, condition, [&](const LinkedRow&) { ++count; });
+        return count;
     }
     return static_cast<std::size_t>(_session->Store().CountChildren(holder->Id(),
                                                                     holder->Revision(),

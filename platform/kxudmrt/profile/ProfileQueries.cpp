@@ -63,13 +63,13 @@ std::size_t Profile::RunQuery(kxStlVector<UDMItemHandle>& hits,
         *_session->Catalogue(),
         {.letters = chosen.IgnoresCase() ? query::Letters::Folded : query::Letters::Exact,
          .withExcluded = chosen.SearchesInExcluded()});
-    std::vector<store::EntityRow> rows;
-    const std::int64_t count = _session->Store().Find(
-        condition, _session->Viewer(), rootsOnly || tree.IsEmpty(), from, to, rows, true);
-    hits.reserve(hits.size() + rows.size());
-    for (store::EntityRow& row : rows) {
-        hits.emplace_back(_session->StateOf(std::move(row)));
-    }
+    const std::int64_t count = _session->Store().VisitHits(
+        condition,
+        _session->Viewer(),
+        rootsOnly || tree.IsEmpty(),
+        from,
+        to,
+        [&](store::EntityRow& row) { hits.emplace_back(_session->StateOf(std::move(row))); });
     return static_cast<std::size_t>(count);
 }
 

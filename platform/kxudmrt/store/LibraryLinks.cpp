@@ -118,9 +118,18 @@ void VisitBorne(sql::Connection& connection, const Borne& listing, const Visit& 
         std::for_each(rows.begin(), rows.end(), visit);
         return;
     }
-    sql::Statement statement(connection, ChildrenStatement(listing.AllNames(), true));
-    listing.Bind(statement);
-    VisitAll(statement, listing.kind, visit);
+    const auto visitAll = [&](sql::Statement&& statement) {
+        listing.Bind(statement);
+        VisitAll(statement, listing.kind, visit);
+    };
+    if (listing.condition.Empty()) {
+        visitAll(sql::Statement(connection, ChildrenStatement(listing.AllNames(), true)));
+    } else {
+        visitAll(sql::Statement(
+            connection,
+            listing.Text(
+                statements::ROW_COLUMNS_WITH_ATTRIBUTES, statements::BORNE_OPEN_FROM, true)));
+    }
 }
 
 std::int64_t CountBorne(sql::Connection& connection, const Borne& listing) {
@@ -181,6 +190,19 @@ void ListLaid(sql::Connection& connection,
                                           true));
     listing.Bind(statement);
     ReadAll(statement, listing.kind, out);
+}
+
+void VisitLaid(sql::Connection& connection, const Laid& listing, const Visit& visit) {
+    const auto visitAll = [&](sql::Statement&& statement) {
+        listing.Bind(statement);
+        VisitAll(statement, listing.kind, visit);
+    };
+    if (listing.condition.Empty()) {
+        visitAll(sql::Statement(connection, statements::CONTENTS_WITH_ATTRIBUTES));
+    } else {
+        visitAll(sql::Statement(connection,
+                                listing.Text(statements::ROW_COLUMNS_WITH_ATTRIBUTES, true)));
+    }
 }
 
 std::int64_t CountLaid(sql::Connection& connection, const Laid& listing) {
@@ -288,15 +310,13 @@ void LibraryStore::VisitChildren(EntityId parent,
                                  LinkKind kind,
                                  std::string_view name,
                                  const Viewer& viewer,
-                                 const std::function<void(LinkedRow&)>& visit) {
-    const Condition all;
+                                 const std::function<void(LinkedRow&)>& visit,
+                                 const Condition& condition) {
     if (BorneByParent(kind)) {
-        VisitBorne(*connection_, {parent, parentRevision, kind, name, viewer, all}, visit);
-        return;
+        VisitBorne(*connection_, {parent, parentRevision, kind, name, viewer, condition}, visit);
+    } else {
+        VisitLaid(*connection_, {parent, kind, name, viewer, condition}, visit);
     }
-    sql::Statement statement(*connection_, statements::CONTENTS_WITH_ATTRIBUTES);
-    Laid{parent, kind, name, viewer, all}.Bind(statement);
-    VisitAll(statement, kind, visit);
 }
 
 std::int64_t LibraryStore::CountChildren(EntityId parent,

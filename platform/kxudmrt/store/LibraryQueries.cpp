@@ -78,25 +78,25 @@ void LibraryStore::RootsOfDefinition(std::string_view definition,
     ReadAll(find, out);
 }
 
-std::int64_t LibraryStore::Find(const Condition& condition,
-                                const Viewer& viewer,
-                                bool rootsOnly,
-                                std::int64_t first,
-                                std::int64_t last,
-                                std::vector<EntityRow>& out,
-                                bool withAttributes) {
-    std::string text = std::string(withAttributes ? statements::QUERY_WITH_ATTRIBUTES_FROM
-                                                  : statements::QUERY_FROM) +
-                       AndCondition(condition) + (rootsOnly ? statements::QUERY_ROOTS_ONLY : "") +
-                       " ORDER BY e.id";
+std::int64_t LibraryStore::VisitHits(const Condition& condition,
+                                     const Viewer& viewer,
+                                     bool rootsOnly,
+                                     std::int64_t first,
+                                     std::int64_t last,
+                                     const std::function<void(EntityRow&)>& visit) {
+    std::string text = std::string(statements::QUERY_FROM) + AndCondition(condition) +
+                       (rootsOnly ? statements::QUERY_ROOTS_ONLY : "") + " ORDER BY e.id";
     sql::Statement find(*connection_, std::move(text));
     find.BindAll(viewer.user, viewer.workspace);
     BindCondition(find, condition, 3);
     const bool all = first == 0 && last == 0;
     std::int64_t hits = 0;
+    // One row for all: its texts keep their memory.
+    EntityRow row;
     for (; find.Step(); ++hits) {
         if (all || (hits >= first && hits < last)) {
-            ReadEntityRow(find, AddRow(out));
+            ReadEntityRow(find, row);
+            visit(row);
         }
     }
     return hits;

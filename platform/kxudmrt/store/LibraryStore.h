@@ -255,7 +255,8 @@ class LibraryStore {
                        LinkKind kind,
                        std::string_view name,
                        const Viewer& viewer,
-                       const std::function<void(LinkedRow&)>& visit);
+                       const std::function<void(LinkedRow&)>& visit,
+                       const Condition& condition = {});
     [[nodiscard]] std::int64_t CountChildren(EntityId parent,
                                              int parentRevision,
                                              LinkKind kind,
@@ -309,16 +310,15 @@ class LibraryStore {
 
     // --- Queries ---
 
-    // Newest revisions that meet the condition, in the order of creation, hits `first` up to but
-    // not including `last` (0, 0: all). Returns the number of hits before the cut. `rootsOnly`:
-    // without owner.
-    std::int64_t Find(const Condition& condition,
-                      const Viewer& viewer,
-                      bool rootsOnly,
-                      std::int64_t first,
-                      std::int64_t last,
-                      std::vector<EntityRow>& out,
-                      bool withAttributes = false);
+    // Newest revisions that meet the condition, with attributes, in the order of creation: hits
+    // `first` up to but not including `last` (0, 0: all), one by one, as VisitChildren gives them.
+    // Returns the number of hits before the cut. `rootsOnly`: without owner.
+    std::int64_t VisitHits(const Condition& condition,
+                           const Viewer& viewer,
+                           bool rootsOnly,
+                           std::int64_t first,
+                           std::int64_t last,
+                           const std::function<void(EntityRow&)>& visit);
 
     // --- Journal ---
 

@@ -298,8 +298,6 @@ inline constexpr const char* ROOTS_BY_CHILD_FROM =
 // --- Queries ---
 
 inline constexpr const char* QUERY_FROM =
-    "SELECT " KXUDM_ROW "NULL FROM entity e" KXUDM_JOIN_SEEN " WHERE e.deleted = 0";
-inline constexpr const char* QUERY_WITH_ATTRIBUTES_FROM =
     "SELECT " KXUDM_ROW "r.attributes FROM entity e" KXUDM_JOIN_SEEN " WHERE e.deleted = 0";
 inline constexpr const char* QUERY_ROOTS_ONLY = KXUDM_NO_PARENT("1");
 

@@ -200,7 +200,8 @@ class Differential : public QueryLibrary {
 
     std::vector<std::string> Found(const std::string& text, Letters letters) {
         std::vector<kxudm::store::EntityRow> rows;
-        store_->Find(Compiled(text, letters), kxudm::store::ANN, false, 0, 0, rows);
+        store_->VisitHits(
+            Compiled(text, letters), kxudm::store::ANN, false, 0, 0, kxudm::store::Into(rows));
         std::vector<std::string> uids = Uids(rows);
         std::erase(uids, "F");
         return uids;

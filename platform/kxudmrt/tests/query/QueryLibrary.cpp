@@ -128,7 +128,7 @@ store::EntityId QueryLibrary::Make(const std::string& definition,
 
 QueryLibrary::Names QueryLibrary::Hits(const std::string& text, Letters letters) {
     std::vector<store::EntityRow> rows;
-    store_->Find(Compiled(text, letters), store::ANN, false, 0, 0, rows);
+    store_->VisitHits(Compiled(text, letters), store::ANN, false, 0, 0, store::Into(rows));
     Names names;
     for (const store::EntityRow& row : rows) {
         names.push_back(row.name);

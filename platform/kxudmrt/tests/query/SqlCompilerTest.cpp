@@ -100,7 +100,7 @@ TEST_F(SqlCompiler, DefinitionsExcludedFromSearchAreLeftOutUnlessAskedFor) {
     const auto find = [&](const std::string& text, bool withExcluded) {
         std::vector<EntityRow> rows;
         const auto condition = Compile(Parse(text), *catalogue_, {.withExcluded = withExcluded});
-        store_->Find(condition, kxudm::store::ANN, false, 0, 0, rows);
+        store_->VisitHits(condition, kxudm::store::ANN, false, 0, 0, kxudm::store::Into(rows));
         return Uids(rows);
     };
     EXPECT_THAT(find("", false), ElementsAre("U1000"));
@@ -115,10 +115,17 @@ TEST_F(SqlCompiler, WhatIsDeletedOrForeignIsNoHit) {
     store_->Delete(a, {kxudm::store::ANN, 5});
     EXPECT_THAT(Hits("attrib.mass == 1"), ElementsAre("b"));
     std::vector<EntityRow> rows;
-    EXPECT_EQ(store_->Find(Compiled("attrib.mass == 1"), kxudm::store::BOB, false, 0, 0, rows), 0);
     EXPECT_EQ(
-        store_->Find(Compiled("attrib.mass == 1"), kxudm::store::ANN_ELSEWHERE, false, 0, 0, rows),
+        store_->VisitHits(
+            Compiled("attrib.mass == 1"), kxudm::store::BOB, false, 0, 0, kxudm::store::Into(rows)),
         0);
+    EXPECT_EQ(store_->VisitHits(Compiled("attrib.mass == 1"),
+                                kxudm::store::ANN_ELSEWHERE,
+                                false,
+                                0,
+                                0,
+                                kxudm::store::Into(rows)),
+              0);
 }
 
 TEST_F(SqlCompiler, HitsComeInOrderOfCreationAndAreCutAfterCounting) {
@@ -128,7 +135,10 @@ TEST_F(SqlCompiler, HitsComeInOrderOfCreationAndAreCutAfterCounting) {
     EXPECT_THAT(Hits("attrib.mass > 5"), ElementsAre("9", "8", "7", "6"));
     EXPECT_THAT(Hits("attrib.mass in (2, 9, 4) || type == Bolt"), ElementsAre("9", "4", "2"));
     std::vector<EntityRow> rows;
-    EXPECT_EQ(store_->Find(Compiled("attrib.mass > 5"), kxudm::store::ANN, false, 1, 3, rows), 4);
+    EXPECT_EQ(
+        store_->VisitHits(
+            Compiled("attrib.mass > 5"), kxudm::store::ANN, false, 1, 3, kxudm::store::Into(rows)),
+        4);
     EXPECT_THAT(Uids(rows), ElementsAre("U1001", "U1002"));
 }
 

@@ -53,7 +53,8 @@ class SqlSafety : private Observer, public QueryLibrary {
         actions.clear();
         watching = true;
         std::vector<EntityRow> rows;
-        store_->Find(Compiled(text, letters), kxudm::store::ANN, false, 0, 0, rows);
+        store_->VisitHits(
+            Compiled(text, letters), kxudm::store::ANN, false, 0, 0, kxudm::store::Into(rows));
         ChildHits(1, text, letters);
         watching = false;
     }

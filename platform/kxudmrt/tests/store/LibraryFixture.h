@@ -15,6 +15,11 @@ constexpr Viewer ANN{"ann", "desk"};
 constexpr Viewer ANN_ELSEWHERE{"ann", "laptop"};
 constexpr Viewer BOB{"bob", "desk"};
 
+// Collects what LibraryStore::VisitHits finds.
+inline auto Into(std::vector<EntityRow>& rows) {
+    return [&rows](EntityRow& row) { rows.push_back(std::move(row)); };
+}
+
 class LibraryFixture : public testing::Test {
   protected:
     EntityId Add(const std::string& uid,

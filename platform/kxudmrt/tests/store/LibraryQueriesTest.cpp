@@ -29,7 +29,7 @@ class LibraryQueries : public LibraryFixture {
                       std::int64_t first = 0,
                       std::int64_t last = 0) {
         found_.clear();
-        return store_->Find(condition, ANN, rootsOnly, first, last, found_);
+        return store_->VisitHits(condition, ANN, rootsOnly, first, last, Into(found_));
     }
 
     std::vector<EntityRow> found_;
@@ -125,7 +125,7 @@ TEST_F(LibraryQueries, WithoutAConditionEverythingVisibleIsFound) {
     store_->Delete(Add("C"), {ANN, 1});
     EXPECT_EQ(Hits({}), 2);
     EXPECT_THAT(Uids(found_), ElementsAre("A", "B"));
-    EXPECT_EQ(store_->Find({}, BOB, false, 0, 0, found_), 1);
+    EXPECT_EQ(store_->VisitHits({}, BOB, false, 0, 0, Into(found_)), 1);
 }
 
 TEST_F(LibraryQueries, AttributesAreFoundThroughTheirIndexedValues) {
@@ -159,10 +159,10 @@ TEST_F(LibraryQueries, RootsOnlyLeavesOutWhatHasAnOwner) {
     EXPECT_EQ(Hits({"e.name = ? OR e.name = ?", {std::string("C"), std::string("P")}}, true), 1);
 }
 
-TEST_F(LibraryQueries, HitsBringTheirAttributesWhenAsked) {
+TEST_F(LibraryQueries, HitsBringTheirAttributes) {
     Add("A", {{"x", 1}});
     std::vector<EntityRow> rows;
-    store_->Find({}, ANN, false, 0, 0, rows, true);
+    store_->VisitHits({}, ANN, false, 0, 0, Into(rows));
     ASSERT_EQ(rows.size(), 1u);
     EXPECT_EQ(UnpackAttributes(rows[0].packed).at(0).second, kxVariant(1));
 }

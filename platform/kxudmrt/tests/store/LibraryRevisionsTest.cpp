@@ -486,7 +486,7 @@ TEST_F(LibraryRevisions, RootsAreThoseThatTheViewerSeesNoOwnerOf) {
     const EntityId id = Published("P");
     const auto roots = [&](const Viewer& viewer) {
         std::vector<EntityRow> rows;
-        store_->Find({}, viewer, true, 0, 0, rows);
+        store_->VisitHits({}, viewer, true, 0, 0, Into(rows));
         return Uids(rows);
     };
     store_->CheckOut(id, "", BY_ANN);

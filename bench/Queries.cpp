@@ -1,0 +1,194 @@
+// Queries of attributes with 100 hits among `size` contents: UDMDBCtrl::ExecQuery, from the text of
+// the query to handles with their attributes; and a listing of `size` children that an expression
+// thins out to 100: UDMDBCtrl::GetChildren.
+//
+// Floor: the best statement for it, written by hand, prepared once and with values bound: the index
+// finds the entities; entity and newest revision are joined to them; each row is copied into one of
+// its own, the packed attributes as they are.
+#include <benchmark/benchmark.h>
+#include <kxudm/UDMBulkEdit.h>
+#include <kxudm/UDMQuerySettings.h>
+
+#include <algorithm>
+
+#include "Floor.h"
+#include "SampleLibrary.h"
+
+namespace {
+
+using bench::SampleLibrary;
+
+constexpr std::size_t HITS = 100;
+constexpr const char* RARE = "Bonnet hinge, batch 7";
+// What 100 of the descriptions of any 1,000 contents or more begin with.
+constexpr const char* CHILDREN_FROM = "load case 0000001";
+constexpr const char* CHILDREN_TO = "load case 0000002";
+
+// A library in which 100 contents, evenly among the others, are described otherwise.
+SampleLibrary& Library(std::int64_t size) {
+    static std::vector<std::int64_t> prepared;
+    SampleLibrary& library = SampleLibrary::OfSize(size);
+    if (std::find(prepared.begin(), prepared.end(), size) == prepared.end()) {
+        kxudm::UDMBulkEdit edit(library.Session().GetProfile());
+        for (std::size_t i = 0; i < HITS; ++i) {
+            const kxString& uid = library.Uids()[i * library.Uids().size() / HITS];
+            library.Session().SetMetaData(
+                library.Session().GetUDMItemHandle(uid), "description", kxVariant(RARE));
+        }
+        edit.Commit();
+        prepared.push_back(size);
+    }
+    return library;
+}
+
+// The session's user sees a working revision of their own and else the published one. An attribute
+// in which a working revision differs from the published one stands in the index for both.
+#define MINE "coalesce(e.lock_user = 'anna' AND e.lock_workspace = 'ws', 0)"
+constexpr const char* FOUND =
+    "SELECT " BENCH_ROW_COLUMNS
+    " FROM head_attribute h CROSS JOIN entity e ON e.id = h.entity AND e.deleted = 0"
+    " CROSS JOIN revision r ON r.id ="
+    " (e.id << 24) + CASE WHEN " MINE
+    " THEN e.working ELSE e.published END"
+    " WHERE h.name = 'description' AND (h.working = " MINE " OR (" MINE
+    " AND NOT EXISTS (SELECT 1 FROM head_attribute w"
+    " WHERE w.entity = e.id AND w.name = h.name AND w.working = 1)))";
+
+void FloorOf(benchmark::State& state,
+             const std::string& condition,
+             const std::vector<std::string>& values) {
+    SampleLibrary& library = Library(state.range(0));
+    const bench::Database database = bench::OpenByHand(library.File());
+    const std::string text = FOUND + condition + " ORDER BY e.id";
+    const bench::Statement find = bench::Prepare(database, text.c_str());
+    for (auto _ : state) {
+        std::vector<bench::Row> rows;
+        for (std::size_t i = 0; i < values.size(); ++i) {
+            bench::BindText(find, static_cast<int>(i + 1), values[i]);
+        }
+        while (sqlite3_step(find.get()) == SQLITE_ROW) {
+            bench::CopyRow(find, rows.emplace_back());
+        }
+        sqlite3_reset(find.get());
+        state.PauseTiming();
+        if (rows.size() != HITS) {
+            state.SkipWithError("wrong number of hits");
+        }
+        rows = {};
+        state.ResumeTiming();
+    }
+}
+
+void OursOf(benchmark::State& state, const kxString& query, bool ignoreCase) {
+    SampleLibrary& library = Library(state.range(0));
+    kxudm::UDMQuerySettingHandle settings;
+    settings.GetSettings().SetIgnoreCase(ignoreCase);
+    for (auto _ : state) {
+        kxStlVector<kxudm::UDMItemHandle> hits;
+        library.Session().ExecQuery(query, settings, hits, 0, 0, false);
+        state.PauseTiming();
+        if (hits.size() != HITS) {
+            state.SkipWithError("wrong number of hits");
+        }
+        hits = {};
+        state.ResumeTiming();
+    }
+}
+
+void FloorValue(benchmark::State& state) {
+    FloorOf(state, " AND h.value = ?1", {RARE});
+}
+BENCHMARK(FloorValue)->Name("query/floor")->Arg(40000)->Arg(400000)->Unit(benchmark::kMicrosecond);
+
+void OursValue(benchmark::State& state) {
+    OursOf(state, std::string("attrib.description == \"") + RARE + "\"", false);
+}
+BENCHMARK(OursValue)->Name("query/ours")->Arg(40000)->Arg(400000)->Unit(benchmark::kMicrosecond);
+
+// A text whose folded form is the text itself has no folded form of its own in the index; this one
+// has.
+void FloorPrefix(benchmark::State& state) {
+    FloorOf(state,
+            " AND h.folded >= ?1 AND h.folded < ?2 AND e.definition = 'UDMSimulation'",
+            {"bonnet hinge", "bonnet hingf"});
+}
+BENCHMARK(FloorPrefix)
+    ->Name("query, prefix and definition/floor")
+    ->Arg(40000)
+    ->Arg(400000)
+    ->Unit(benchmark::kMicrosecond);
+
+void OursPrefix(benchmark::State& state) {
+    OursOf(state, "type == UDMSimulation && attrib.description like \"BONNET hinge\"", true);
+}
+BENCHMARK(OursPrefix)
+    ->Name("query, prefix and definition/ours")
+    ->Arg(40000)
+    ->Arg(400000)
+    ->Unit(benchmark::kMicrosecond);
+
+void FloorChildren(benchmark::State& state) {
+    SampleLibrary& library = SampleLibrary::OfSize(10000);
+    const std::string uid = library.ProjectWith(state.range(0));
+    const bench::Database database = bench::OpenByHand(library.File());
+    const bench::Statement list =
+        bench::Prepare(database,
+                       "SELECT " BENCH_ROW_COLUMNS
+                       " FROM entity p CROSS JOIN link l ON l.first = p.id"
+                       " CROSS JOIN head_attribute h ON h.entity = l.second"
+                       " AND h.name = 'description'"
+                       " CROSS JOIN entity e ON e.id = l.second AND e.deleted = 0"
+                       " CROSS JOIN revision r"
+                       " ON r.id = (e.id << 24) + coalesce(l.exact, CASE WHEN " MINE
+                       " THEN e.working ELSE e.published END)"
+                       " WHERE p.uid = ?1 AND l.kind = 1 AND l.to_rev = 2147483647"
+                       " AND l.ending IS NULL AND l.name = 'simulations'"
+                       " AND +h.value >= ?2 AND +h.value < ?3 AND (h.working = " MINE " OR (" MINE
+                       " AND NOT EXISTS (SELECT 1 FROM head_attribute w"
+                       " WHERE w.entity = e.id AND w.name = h.name AND w.working = 1)))"
+                       " ORDER BY l.position");
+    for (auto _ : state) {
+        std::vector<bench::Row> rows;
+        bench::BindText(list, 1, std::string_view(uid).substr(0, uid.find(':')));
+        bench::BindText(list, 2, CHILDREN_FROM);
+        bench::BindText(list, 3, CHILDREN_TO);
+        while (sqlite3_step(list.get()) == SQLITE_ROW) {
+            bench::CopyRow(list, rows.emplace_back());
+        }
+        sqlite3_reset(list.get());
+        state.PauseTiming();
+        if (rows.size() != HITS) {
+            state.SkipWithError("wrong number of children");
+        }
+        rows = {};
+        state.ResumeTiming();
+    }
+}
+BENCHMARK(FloorChildren)
+    ->Name("children that meet a query/floor")
+    ->Arg(1000)
+    ->Arg(10000)
+    ->Unit(benchmark::kMicrosecond);
+
+void OursChildren(benchmark::State& state) {
+    SampleLibrary& library = SampleLibrary::OfSize(10000);
+    const auto project = library.Session().GetUDMItemHandle(library.ProjectWith(state.range(0)));
+    const kxString expression = std::string("attrib.description like \"") + CHILDREN_FROM + "\"";
+    for (auto _ : state) {
+        kxStlVector<kxudm::UDMItemHandle> children;
+        library.Session().GetChildren(children, project, "simulations", expression);
+        state.PauseTiming();
+        if (children.size() != HITS) {
+            state.SkipWithError("wrong number of children");
+        }
+        children = {};
+        state.ResumeTiming();
+    }
+}
+BENCHMARK(OursChildren)
+    ->Name("children that meet a query/ours")
+    ->Arg(1000)
+    ->Arg(10000)
+    ->Unit(benchmark::kMicrosecond);
+
+}  // namespace
