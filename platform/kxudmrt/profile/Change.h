@@ -1,14 +1,18 @@
 // What an operation has done, as it goes into the journal and to the slots.
 //
 // Layer: profile. A list keeps one structure change per parent and one content change per revision,
-// however many there were: a bulk edit tells a parent of 10,000 new children once.
+// however many there were: a bulk edit tells a parent of 10,000 new children once. Whoever follows
+// the changes in their order ends at what is there: where children left a parent after others came,
+// and more came then, the parent's coming ones are told behind; a step of an entity's life that was
+// taken again after another one is told again.
 #pragma once
 
 #include <kxudm/UDMProfileUpdate.h>
 
-#include <set>
+#include <cstddef>
+#include <list>
+#include <map>
 #include <tuple>
-#include <vector>
 
 #include "profile/EntityState.h"
 
@@ -67,15 +71,27 @@ class ChangeList {
   public:
     void Add(Change change);
     void Append(ChangeList&& later);
-    [[nodiscard]] const std::vector<Change>& All() const { return _changes; }
+    [[nodiscard]] const std::list<Change>& All() const { return _changes; }
 
   private:
-    using Key = std::tuple<int, const EntityState*, int, Audience>;
+    using Key = std::tuple<int, store::EntityId, int, Audience>;
+
+    struct Known {
+        std::list<Change>::iterator place;
+        std::size_t when;
+    };
+    using Turn = std::tuple<int, store::EntityId, Audience>;
 
     static bool Repeats(const Change& change);
+    bool IsOvertaken(const Change& change, std::size_t when) const;
+    void NoteTurn(int kind, const Change& change);
+    void AddOnce(Change change);
 
-    std::vector<Change> _changes;
-    std::set<Key> _known;
+    std::list<Change> _changes;
+    std::map<Key, Known> _known;
+    std::map<Turn, std::size_t> _turns;
+    std::size_t _lastDeletion = 0;
+    std::size_t _count = 0;
 };
 
 }  // namespace kxudm::profile

@@ -34,6 +34,72 @@ TEST_F(BulkEdit, N16_TellsEachParentOnceWhenItIsCommitted) {
     EXPECT_EQ(ann->GetChildCount(note, "answers", ""), 20U);
 }
 
+TEST_F(BulkEdit, N16_TellsAFolderThatWasLeftAndEnteredAgainBehindTheLeaving) {
+    UDMItemHandle folder;
+    UDMItemHandle other;
+    ann->CreateFolder(folder, "/A");
+    ann->CreateFolder(other, "/B");
+    const auto heard = Listen(library.Open("bob"));
+    told->Take();
+    UDMBulkEdit edit(ann);
+    ann->MoveContent(note, folder);
+    ann->RemoveChild(folder, note);
+    ann->MoveContent(note, folder);
+    ann->MoveContent(note, other);
+    ann->MoveContent(note, folder);
+    edit.Commit();
+    EXPECT_THAT(Children(ann, folder, "contents"), ElementsAre("Note"));
+    const Names expected{"43 A Note", "43 A Note", "42 B", "43 B Note", "42 A"};
+    EXPECT_EQ(told->Take(), expected);
+    EXPECT_EQ(heard->Take(), expected);
+}
+
+TEST_F(BulkEdit, N16_TellsAParentThatLostAndGotBackAChildBehindTheLoss) {
+    const UDMItemHandle answer = ann->CreateEntity("Note", "Answer");
+    const auto heard = Listen(library.Open("bob"));
+    UDMBulkEdit edit(ann);
+    for (int i = 0; i < 3; ++i) {
+        ann->AddChild(note, answer, "answers");
+        ann->RemoveChild(note, answer);
+    }
+    ann->AddChild(note, answer, "answers");
+    edit.Commit();
+    const Names expected{"36 Note Answer", "36 Note Answer", "36 Note Answer", "35 Note"};
+    EXPECT_EQ(told->Take(), expected);
+    EXPECT_EQ(heard->Take(), expected);
+}
+
+TEST_F(BulkEdit, N16_TellsAParentOfALossAloneWhereNothingCameAfterIt) {
+    const UDMItemHandle answer = ann->CreateEntity("Note", "Answer");
+    UDMBulkEdit edit(ann);
+    ann->AddChild(note, answer, "answers");
+    ann->RemoveChild(note, answer);
+    edit.Commit();
+    EXPECT_THAT(told->Take(), ElementsAre("35 Note", "36 Note Answer"));
+}
+
+TEST_F(BulkEdit, N16_TellsAReferenceThatWasEndedAndMadeAgainBehindItsEnd) {
+    const UDMItemHandle other = ann->CreateEntity("Note", "Other");
+    const auto heard = Listen(library.Open("bob"));
+    UDMBulkEdit edit(ann);
+    ann->AddReference(note, other, "");
+    ann->RemoveReference(note, other);
+    ann->AddReference(note, other, "");
+    edit.Commit();
+    EXPECT_THAT(told->Take(), ElementsAre("41 Note Other", "40 Note"));
+    EXPECT_THAT(heard->Take(), ElementsAre("41 Note Other", "40 Note"));
+}
+
+TEST_F(BulkEdit, N16_TellsAParentWhoseChildWasDeletedOfTheNextOneBehindIt) {
+    UDMBulkEdit edit(ann);
+    const UDMItemHandle doomed = ann->CreateAndAddChild("Note", "Doomed", note, "answers");
+    const kxString uid = doomed.GetUID();
+    ann->DeleteEntity(doomed, true, false);
+    ann->CreateAndAddChild("Note", "Next", note, "answers");
+    edit.Commit();
+    EXPECT_THAT(told->Take(), ElementsAre("12 Note Doomed", "44 " + uid, "35 Note"));
+}
+
 TEST_F(BulkEdit, ShowsItsChangesToItsSessionAlone) {
     const ProfilePtr bob = library.Open("bob");
     UDMBulkEdit edit(ann);

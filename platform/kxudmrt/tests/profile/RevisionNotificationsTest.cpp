@@ -283,6 +283,35 @@ TEST_F(RevisionNotifications, N16_ABulkEditTellsEachStepOnceAtItsCommit) {
     ExpectTold({"5 Wheel:2", "3 Wheel:2", "10 Wheel:2"}, {"10 Wheel:1", "5 Wheel:2"});
 }
 
+TEST_F(RevisionNotifications, N16_AStepTakenAgainInABulkEditIsToldAgain) {
+    const UDMItemHandle one = Publish(ann, part);
+    Silence();
+    UDMBulkEdit bulk(ann);
+    for (int i = 0; i < 2; ++i) {
+        ann->Checkout(one, "");
+        ann->UndoCheckout(one);
+    }
+    bulk.Commit();
+    EXPECT_THAT(me.Take(),
+                ElementsAre("5 Wheel:2", "39 Wheel:1 ~:2", "5 Wheel:2", "39 Wheel:1 ~:2"));
+    // Other sessions can't see what is gone when they are told.
+    EXPECT_THAT(again.Take(), ElementsAre("39 Wheel:1 ~:2", "39 Wheel:1 ~:2"));
+    EXPECT_THAT(bobs.Take(), ElementsAre("10 Wheel:1"));
+}
+
+TEST_F(RevisionNotifications, N16_AWorkingRevisionOpenedAgainInABulkEditIsTheLastThingTold) {
+    const UDMItemHandle one = Publish(ann, part);
+    Silence();
+    UDMBulkEdit bulk(ann);
+    ann->Checkout(one, "");
+    ann->UndoCheckout(one);
+    ann->Checkout(one, "");
+    bulk.Commit();
+    EXPECT_THAT(me.Take(), ElementsAre("5 Wheel:2", "39 Wheel:1 ~:2", "5 Wheel:2"));
+    EXPECT_EQ(again.Take().back(), "5 Wheel:2");
+    EXPECT_THAT(bobs.Take(), ElementsAre("10 Wheel:1"));
+}
+
 TEST_F(RevisionNotifications, N17_ASlotMayTakeTheNextStepAtOnce) {
     int steps = 0;
     bobs.Slot().react = [&](const UDMProfileUpdate& update) {
