@@ -229,7 +229,6 @@ std::size_t PurgeDeleted(LibraryStore& store, Microseconds time) {
                                           &statements::PURGE_HEADS,
                                           &statements::PURGE_LINKS,
                                           &statements::PURGE_FILES,
-                                          &statements::PURGE_WORKSPACE_STATE,
                                           &statements::PURGE_ENTITY}) {
                     sql::Statement remove(store.Connection(), *named);
                     remove.BindAll(each.id);

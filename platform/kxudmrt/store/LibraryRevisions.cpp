@@ -201,7 +201,6 @@ int LibraryStore::Publish(EntityId id, std::string_view comment, bool keep, cons
     CloseIntervals(*connection_, id, number);
     if (first) {
         Run(*connection_, statements::MOVE_EXACT, id, number);
-        Run(*connection_, statements::MOVE_WORKSPACE_STATE, id, number);
     }
     if (keep) {
         OpenWorking(*connection_, id, number, {}, stamp);
@@ -224,10 +223,8 @@ int LibraryStore::Undo(EntityId id, const Stamp& stamp) {
          {&statements::DROP_WORKING_HEADS, &statements::REOPEN_LINKS, &statements::REOPEN_FILES}) {
         Run(*connection_, *named, id);
     }
-    for (const auto* named : {&statements::DROP_NEW_LINKS,
-                              &statements::DROP_NEW_FILES,
-                              &statements::DROP_EXACT,
-                              &statements::DROP_WORKSPACE_STATE}) {
+    for (const auto* named :
+         {&statements::DROP_NEW_LINKS, &statements::DROP_NEW_FILES, &statements::DROP_EXACT}) {
         Run(*connection_, *named, id, lock.working);
     }
     Run(*connection_, statements::CLEAR_LOCK, id);

@@ -128,12 +128,7 @@ inline constexpr NamedStatement STRAY_ROWS{
     " FROM head_attribute h LEFT JOIN entity e ON e.id = h.entity WHERE e.id IS NULL UNION ALL"
     " SELECT '#' || (p.revision >> 24) || ':' || (p.revision & 16777215),"
     " 'a save point of no revision' FROM savepoint p LEFT JOIN revision r ON r.id = p.revision"
-    " WHERE r.id IS NULL UNION ALL"
-    " SELECT coalesce(e.uid, '#' || w.entity) || ':' || w.revision,"
-    " 'workspace ' || w.workspace || ' of ' || w.user || ' has files of a revision that is not"
-    " there' FROM workspace_state w LEFT JOIN entity e ON e.id = w.entity"
-    " LEFT JOIN revision r ON r.id = (w.entity << 24) + w.revision"
-    " WHERE e.id IS NULL OR r.id IS NULL"};
+    " WHERE r.id IS NULL"};
 
 // --- What is compared outside of the database ---
 
@@ -186,8 +181,6 @@ inline constexpr NamedStatement PURGE_HEADS{"purge search attributes",
 inline constexpr NamedStatement PURGE_LINKS{"purge links",
                                             "DELETE FROM link WHERE first = ?1 OR second = ?1"};
 inline constexpr NamedStatement PURGE_FILES{"purge files", "DELETE FROM file WHERE entity = ?1"};
-inline constexpr NamedStatement PURGE_WORKSPACE_STATE{
-    "purge workspace state", "DELETE FROM workspace_state WHERE entity = ?1"};
 inline constexpr NamedStatement PURGE_ENTITY{"purge entity", "DELETE FROM entity WHERE id = ?1"};
 // A child of ?1, or ?1 itself, that is owned by composition and has two owners.
 inline constexpr NamedStatement OWNED_TWICE_NEAR{

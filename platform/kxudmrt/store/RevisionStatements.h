@@ -71,9 +71,6 @@ inline constexpr NamedStatement CLOSE_FILES{
 // Revision 0 became ?2 for those who hold on to it.
 inline constexpr NamedStatement MOVE_EXACT{
     "move exact links", "UPDATE link SET exact = ?2 WHERE second = ?1 AND exact = 0"};
-inline constexpr NamedStatement MOVE_WORKSPACE_STATE{
-    "move workspace state",
-    "UPDATE workspace_state SET revision = ?2 WHERE entity = ?1 AND revision = 0"};
 // A child that two would own after this publish: an owner that the viewer ?2, ?3 has checked out
 // has given it up in its working revision only. Begins at what was given up and not published yet,
 // which is little, however much is checked out and however many children there are.
@@ -120,8 +117,6 @@ inline constexpr NamedStatement REOPEN_FILES{
     " AND ending IS NOT NULL"};
 inline constexpr NamedStatement DROP_EXACT{"drop exact links",
                                            "DELETE FROM link WHERE second = ?1 AND exact = ?2"};
-inline constexpr NamedStatement DROP_WORKSPACE_STATE{
-    "drop workspace state", "DELETE FROM workspace_state WHERE entity = ?1 AND revision = ?2"};
 inline constexpr NamedStatement CLEAR_LOCK{
     "clear lock",
     "UPDATE entity SET working = NULL, lock_user = NULL, lock_workspace = NULL, lock_time = NULL"

@@ -52,7 +52,7 @@ enum class UDMFindingKind {
     FolderEntry,         // a folder knows a content under another name than its own
     FileInterval,        // as LinkInterval
     FileDangling,        // a file of an entity that isn't there
-    StrayRow,            // a save point, workspace or search row of what isn't there
+    StrayRow,            // a save point or search row of what isn't there
     ContentMissing,      // a file's content isn't in the vault
     ContentDamaged,      // bytes in the vault are not what they should be
     ContentUnreadable,   // the machine refuses to read them

@@ -166,7 +166,10 @@ CREATE INDEX entity_name_folded ON entity(name_folded) WHERE name_folded IS NOT 
 CREATE INDEX head_attribute_folded ON head_attribute(name, folded) WHERE folded IS NOT NULL;
 )sql";
 
-constexpr std::array STEPS{SchemaStep{1, STEP_1}, SchemaStep{2, STEP_2}};
+// Nothing ever wrote it.
+constexpr const char* STEP_3 = "DROP TABLE workspace_state;";
+
+constexpr std::array STEPS{SchemaStep{1, STEP_1}, SchemaStep{2, STEP_2}, SchemaStep{3, STEP_3}};
 
 }  // namespace
 

@@ -135,7 +135,7 @@ std::string World::Rows() const {
     sqlite3_open(_folder.File("base/Lib.ldb").c_str(), &database);
     std::ostringstream rows;
     for (const char* table :
-         {"entity", "revision", "savepoint", "head_attribute", "link", "file", "workspace_state"}) {
+         {"entity", "revision", "savepoint", "head_attribute", "link", "file"}) {
         const std::string select = std::string("SELECT * FROM ") + table + " ORDER BY 1, 2, 3, 4";
         sqlite3_stmt* statement = nullptr;
         sqlite3_prepare_v2(database, select.c_str(), -1, &statement, nullptr);

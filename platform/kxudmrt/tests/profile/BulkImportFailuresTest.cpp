@@ -13,7 +13,7 @@ using testing::UnorderedElementsAre;
 
 class BulkImportFailures : public ImportFixture {};
 
-TEST_F(BulkImportFailures, ReportsWhatCanNotBeReadAndGoesOn) {
+TEST_F(BulkImportFailures, I12_ReportsWhatCanNotBeReadAndGoesOn) {
     Write("tree/a.txt", "a");
     Write("tree/z.txt", "z");
     std::filesystem::create_symlink(Path("gone"), Path("tree/dangling.txt"));
@@ -39,13 +39,13 @@ TEST_F(BulkImportFailures, ReportsWhatCanNotBeReadAndGoesOn) {
     EXPECT_THAT(In(ann, "/R/tree"), ElementsAre("a.txt: TextDocument", "z.txt: TextDocument"));
 }
 
-TEST_F(BulkImportFailures, GoesOnWithoutAListener) {
+TEST_F(BulkImportFailures, I12_GoesOnWithoutAListener) {
     Write("tree/a.txt", "a");
     std::filesystem::create_symlink(Path("gone"), Path("tree/dangling.txt"));
     EXPECT_EQ(Import(), 1);
 }
 
-TEST_F(BulkImportFailures, ReportsFoldersThatLeadBackIntoThemselves) {
+TEST_F(BulkImportFailures, I10_ReportsFoldersThatLeadBackIntoThemselves) {
     Write("tree/sub/a.txt", "a");
     std::filesystem::create_directory_symlink(Path("tree"), Path("tree/sub/back"));
     std::filesystem::create_directory_symlink(".", Path("tree/self"));
@@ -55,7 +55,7 @@ TEST_F(BulkImportFailures, ReportsFoldersThatLeadBackIntoThemselves) {
     EXPECT_THAT(listener.reasons.front(), HasSubstr("never end"));
 }
 
-TEST_F(BulkImportFailures, ReportsFoldersThatLeadIntoEachOther) {
+TEST_F(BulkImportFailures, I10_ReportsFoldersThatLeadIntoEachOther) {
     Write("tree/a/a.txt", "a");
     Write("tree/b/b.txt", "b");
     std::filesystem::create_directory_symlink(Path("tree/b"), Path("tree/a/b"));
@@ -65,7 +65,7 @@ TEST_F(BulkImportFailures, ReportsFoldersThatLeadIntoEachOther) {
     EXPECT_THAT(listener.failed, ElementsAre(Path("tree/a/b/a"), Path("tree/b/a/b")));
 }
 
-TEST_F(BulkImportFailures, ReportsNamesThatTheLibraryCanNotKeep) {
+TEST_F(BulkImportFailures, I11_ReportsNamesThatTheLibraryCanNotKeep) {
     Write("tree/good.txt", "g");
     const Names bad = {
         "tree/bad\xFF.txt", "tree/bell\a.txt", "tree/back\\slash.txt", "tree/nul.txt", "tree/dot."};
@@ -117,7 +117,7 @@ TEST_F(BulkImportFailures, ReportsFilesThatChangeWhileTheyAreRead) {
     EXPECT_THAT(listener.reasons.front(), HasSubstr("changed while it was read"));
 }
 
-TEST_F(BulkImportFailures, ReportsFilesThatNoDefinitionClaims) {
+TEST_F(BulkImportFailures, I4_ReportsFilesThatNoDefinitionClaims) {
     // The definitions of these tests claim no extension at all.
     const ProfilePtr profile = library.Keep([&] {
         Parameters params = library.Params("ann");
@@ -132,23 +132,30 @@ TEST_F(BulkImportFailures, ReportsFilesThatNoDefinitionClaims) {
     EXPECT_EQ(profile->AddFoldersAndFiles({Path("tree")}, {}, "", {{"definition", "Part"}}), 1);
 }
 
-TEST_F(BulkImportFailures, ReportsContentsThatTheLibraryRefusesAndKeepsTheOthers) {
-    // An order can't be published as it is created, a part can.
-    Parameters params = library.Params("ann");
-    params["RepositoryName"] = "Orders";
-    params["UDMConfigFile"] = Write("catalogue.xml", R"(<catalogue version="1">
-        <definition name="Content" abstract="true">
-          <attribute name="name" type="String" mandatory="true"/>
-        </definition>
-        <definition name="Foldertype" base="Content" type="Foldertype" versioned="false">
-          <group name="contents" category="folder"><child definition="Content"/></group>
-        </definition>
-        <definition name="Free" base="Content" extensions="*"/>
-        <definition name="Bound" base="Content" extensions="bound">
-          <attribute name="number" type="String" mandatory="true"/>
-        </definition>
-      </catalogue>)");
-    const ProfilePtr profile = library.Keep(UDMProfileMgr::GetProfile(params));
+// An order can't be published as it is created, a part can.
+class BulkImportOfOrders : public BulkImportFailures {
+  protected:
+    ProfilePtr OpenOrders() {
+        Parameters params = library.Params("ann");
+        params["RepositoryName"] = "Orders";
+        params["UDMConfigFile"] = Write("catalogue.xml", R"(<catalogue version="1">
+            <definition name="Content" abstract="true">
+              <attribute name="name" type="String" mandatory="true"/>
+            </definition>
+            <definition name="Foldertype" base="Content" type="Foldertype" versioned="false">
+              <group name="contents" category="folder"><child definition="Content"/></group>
+            </definition>
+            <definition name="Free" base="Content" extensions="*"/>
+            <definition name="Bound" base="Content" extensions="bound">
+              <attribute name="number" type="String" mandatory="true"/>
+            </definition>
+          </catalogue>)");
+        return library.Keep(UDMProfileMgr::GetProfile(params));
+    }
+};
+
+TEST_F(BulkImportOfOrders, ReportsContentsThatTheLibraryRefusesAndKeepsTheOthers) {
+    const ProfilePtr profile = OpenOrders();
     Write("tree/1.txt", "1");
     Write("tree/2.bound", "2");
     Write("tree/3.txt", "3");
@@ -172,7 +179,23 @@ TEST_F(BulkImportFailures, ReportsContentsThatTheLibraryRefusesAndKeepsTheOthers
     EXPECT_THROW(profile->GetFolder(folder, "/Strict", false), UDMNotFoundException);
 }
 
-TEST_F(BulkImportFailures, KeepsNothingOfAStrictImport) {
+TEST_F(BulkImportOfOrders, I19_AContentThatIsRefusedEndsAnImportInABulkEdit) {
+    const ProfilePtr profile = OpenOrders();
+    Write("tree/1.txt", "1");
+    Write("tree/2.bound", "2");
+    {
+        UDMBulkEdit edit(profile);
+        const std::string refusal = Refusal([&] {
+            profile->AddFoldersAndFiles({Path("tree")}, {}, "", {{"publish", "true"}});
+        });
+        EXPECT_THAT(refusal, HasSubstr("can't be published"));
+        EXPECT_THROW(edit.Commit(), UDMException);
+    }
+    UDMItemHandle folder;
+    EXPECT_THROW(profile->GetFolder(folder, "/tree", false), UDMNotFoundException);
+}
+
+TEST_F(BulkImportFailures, I13_KeepsNothingOfAStrictImport) {
     Write("tree/a.txt", "a");
     const std::string bad = Path("tree/dangling.txt");
     std::filesystem::create_symlink(Path("gone"), bad);
@@ -183,7 +206,7 @@ TEST_F(BulkImportFailures, KeepsNothingOfAStrictImport) {
     EXPECT_EQ(VaultFiles(), 0U);
 }
 
-TEST_F(BulkImportFailures, KeepsNothingOfAStrictImportThatFailsLate) {
+TEST_F(BulkImportFailures, I13_KeepsNothingOfAStrictImportThatFailsLate) {
     for (int i = 0; i < 1100; ++i) {
         Write("tree/" + std::to_string(1000 + i) + ".txt", std::to_string(i));
     }
@@ -212,7 +235,7 @@ TEST_F(BulkImportFailures, RefusesAChangedFileInAStrictImport) {
     EXPECT_THAT(In(ann, "/tree"), ElementsAre("a.txt: TextDocument"));
 }
 
-TEST_F(BulkImportFailures, EndsWhereTheVaultCanNotBeWritten) {
+TEST_F(BulkImportFailures, I17_EndsWhereTheVaultCanNotBeWritten) {
     Write("tree/a.txt", "a");
     Write("base/vault", "a file where the vault's folder would be");
     std::filesystem::copy_file(Path("base/vault"), library.BaseDirectory() + "/vault");
@@ -224,7 +247,7 @@ TEST_F(BulkImportFailures, EndsWhereTheVaultCanNotBeWritten) {
     EXPECT_EQ(Import(), 1);
 }
 
-TEST_F(BulkImportFailures, LeavesTheVaultOfTheLibraryAlone) {
+TEST_F(BulkImportFailures, I11_LeavesTheVaultOfTheLibraryAlone) {
     Write("tree/a.txt", "a");
     Import();
     const UDMProgressScope scope(ann, listener);
@@ -288,7 +311,7 @@ TEST_F(BulkImportProgress, NeverGoesBack) {
     EXPECT_GT(withinLarge, 4U);
 }
 
-TEST_F(BulkImportProgress, KeepsWholeContentsWhenItIsCancelled) {
+TEST_F(BulkImportProgress, I16_KeepsWholeContentsWhenItIsCancelled) {
     listener.onAdvance = [&](const UDMProgress& progress) {
         return progress.name != Path("tree/b.txt");
     };
@@ -301,7 +324,7 @@ TEST_F(BulkImportProgress, KeepsWholeContentsWhenItIsCancelled) {
     EXPECT_EQ(VaultFiles(), 1U);
 }
 
-TEST_F(BulkImportProgress, CanBeCancelledWithinAFile) {
+TEST_F(BulkImportProgress, I16_CanBeCancelledWithinAFile) {
     Write("tree/aa.txt", std::string(5 << 20, 'x'));
     listener.onAdvance = [&](const UDMProgress& progress) {
         return progress.name != Path("tree/aa.txt") || progress.doneBytes < (2 << 20);
@@ -312,7 +335,7 @@ TEST_F(BulkImportProgress, CanBeCancelledWithinAFile) {
     EXPECT_EQ(VaultFiles(), 1U);
 }
 
-TEST_F(BulkImportProgress, DoesNothingIfItIsCancelledBeforeTheFirstFile) {
+TEST_F(BulkImportProgress, I16_DoesNothingIfItIsCancelledBeforeTheFirstFile) {
     listener.onAdvance = [](const UDMProgress& /*progress*/) { return false; };
     const UDMProgressScope scope(ann, listener);
     EXPECT_EQ(Import({}, "/R"), 0);
@@ -321,7 +344,7 @@ TEST_F(BulkImportProgress, DoesNothingIfItIsCancelledBeforeTheFirstFile) {
     EXPECT_THAT(In(ann, "/R"), ElementsAre("absent"));
 }
 
-TEST_F(BulkImportProgress, TakesAStrictImportBackWhenItIsCancelled) {
+TEST_F(BulkImportProgress, I16_TakesAStrictImportBackWhenItIsCancelled) {
     listener.onAdvance = [&](const UDMProgress& progress) {
         return progress.name != Path("tree/b.txt");
     };
@@ -347,7 +370,7 @@ TEST_F(BulkImportProgress, GoesOnAfterACancelledImport) {
     EXPECT_THAT(In(ann, "/tree/sub"), ElementsAre("c.txt: TextDocument"));
 }
 
-TEST_F(BulkImportProgress, LetsOutWhatTheListenerThrows) {
+TEST_F(BulkImportProgress, I16_LetsOutWhatTheListenerThrows) {
     listener.onAdvance = [&](const UDMProgress& progress) -> bool {
         if (progress.name == Path("tree/b.txt")) {
             throw std::out_of_range("no window");

@@ -68,7 +68,7 @@ class BulkImportWithFaults : public ImportFixture {
     int calls = 0;
 };
 
-TEST_F(BulkImportWithFaults, KeepWholeContentsAtAnyFailureAndGoOnNextTime) {
+TEST_F(BulkImportWithFaults, I15_KeepWholeContentsAtAnyFailureAndGoOnNextTime) {
     bool failed = true;
     for (int number = 1; failed; ++number) {
         const kxString root("/run" + std::to_string(number));
@@ -102,7 +102,7 @@ TEST_F(BulkImportWithFaults, KeepWholeContentsAtAnyFailureAndGoOnNextTime) {
     }
 }
 
-TEST_F(BulkImportWithFaults, KeepNothingOfAStrictImportAtAnyFailure) {
+TEST_F(BulkImportWithFaults, I13_KeepNothingOfAStrictImportAtAnyFailure) {
     bool failed = true;
     for (int number = 1; failed; ++number) {
         const kxString root("/run" + std::to_string(number));
@@ -121,7 +121,7 @@ TEST_F(BulkImportWithFaults, KeepNothingOfAStrictImportAtAnyFailure) {
     }
 }
 
-TEST_F(BulkImportWithFaults, EndOnAFullDiskWithoutTryingTheRest) {
+TEST_F(BulkImportWithFaults, I17_EndOnAFullDiskWithoutTryingTheRest) {
     layer.before = [](const std::string& call, const std::string& path) {
         if (call == "Write") {
             throw vault::FileError(ENOSPC, "written", path);
@@ -137,7 +137,7 @@ TEST_F(BulkImportWithFaults, EndOnAFullDiskWithoutTryingTheRest) {
     EXPECT_EQ(VaultFiles(), 0U);
 }
 
-TEST_F(BulkImportWithFaults, SayWhatStandsWhereTheyEndLate) {
+TEST_F(BulkImportWithFaults, I17_SayWhatStandsWhereTheyEndLate) {
     for (int i = 0; i < 1100; ++i) {
         Write("many/" + std::to_string(1000 + i) + ".txt", std::to_string(i));
     }
@@ -156,7 +156,7 @@ TEST_F(BulkImportWithFaults, SayWhatStandsWhereTheyEndLate) {
     EXPECT_EQ(layered->AddFoldersAndFiles({Path("many")}, {}, "/R", {}), 100);
 }
 
-TEST_F(BulkImportWithFaults, KeepWholeContentsWhenTheProcessIsKilled) {
+TEST_F(BulkImportWithFaults, I15_KeepWholeContentsWhenTheProcessIsKilled) {
     for (int i = 0; i < 120; ++i) {
         Write("tree/many/" + std::to_string(i) + ".txt", "number " + std::to_string(i));
     }

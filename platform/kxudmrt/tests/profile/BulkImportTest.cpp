@@ -25,7 +25,7 @@ TEST_F(BulkImport, MakesFoldersAndContentsWithTheirFiles) {
     EXPECT_EQ(Retrieved(ann, deck), "*NODE\n1, 0, 0, 0\n");
 }
 
-TEST_F(BulkImport, PutsEverythingBelowTheRootThatItMakesWithItsParents) {
+TEST_F(BulkImport, I1_PutsEverythingBelowTheRootThatItMakesWithItsParents) {
     Write("tree/a.inp", "a");
     const std::string single = Write("single.txt", "s");
     EXPECT_EQ(ann->AddFoldersAndFiles({Path("tree")}, {single}, "/A/B", {}), 2);
@@ -33,7 +33,7 @@ TEST_F(BulkImport, PutsEverythingBelowTheRootThatItMakesWithItsParents) {
     EXPECT_THAT(In(ann, "/A/B/tree"), ElementsAre("a.inp: UDMDSFileDeck"));
 }
 
-TEST_F(BulkImport, TakesASlashAndAnEmptyRootForTheTop) {
+TEST_F(BulkImport, I1_TakesASlashAndAnEmptyRootForTheTop) {
     const std::string first = Write("first.txt", "1");
     const std::string second = Write("second.txt", "2");
     EXPECT_EQ(ann->AddFoldersAndFiles({}, {first}, "/", {}), 1);
@@ -46,7 +46,7 @@ TEST_F(BulkImport, TakesASlashAndAnEmptyRootForTheTop) {
     EXPECT_TRUE(folders.empty());
 }
 
-TEST_F(BulkImport, RefusesARootThatIsNoPath) {
+TEST_F(BulkImport, I1_RefusesARootThatIsNoPath) {
     const std::string file = Write("a.txt", "a");
     for (const char* root : {"A", "/A//B", "/A/", "/A/../B", "/\xFF"}) {
         EXPECT_THAT(Refusal([&] { ann->AddFoldersAndFiles({}, {file}, root, {}); }),
@@ -56,7 +56,7 @@ TEST_F(BulkImport, RefusesARootThatIsNoPath) {
     EXPECT_EQ(VaultFiles(), 0U);
 }
 
-TEST_F(BulkImport, MakesTheRootAndEmptyFoldersToo) {
+TEST_F(BulkImport, I2_MakesTheRootAndEmptyFoldersToo) {
     std::filesystem::create_directories(Path("tree/empty/deeper"));
     EXPECT_EQ(Import({}, "/R"), 0);
     EXPECT_THAT(In(ann, "/R/tree/empty"), ElementsAre("deeper: Foldertype"));
@@ -64,7 +64,7 @@ TEST_F(BulkImport, MakesTheRootAndEmptyFoldersToo) {
     EXPECT_THAT(In(ann, "/Only"), IsEmpty());
 }
 
-TEST_F(BulkImport, NamesAFolderAfterWhatThePathStandsFor) {
+TEST_F(BulkImport, I1_NamesAFolderAfterWhatThePathStandsFor) {
     Write("tree/sub/a.txt", "a");
     EXPECT_EQ(ann->AddFoldersAndFiles({Path("tree/")}, {}, "/1", {}), 1);
     EXPECT_EQ(ann->AddFoldersAndFiles({Path("tree/sub/..")}, {}, "/2", {}), 1);
@@ -74,7 +74,7 @@ TEST_F(BulkImport, NamesAFolderAfterWhatThePathStandsFor) {
     EXPECT_THAT(In(ann, "/3"), ElementsAre("sub: Foldertype"));
 }
 
-TEST_F(BulkImport, DescribesTheFileWhereTheDefinitionHasAPlaceForIt) {
+TEST_F(BulkImport, I5_DescribesTheFileWhereTheDefinitionHasAPlaceForIt) {
     Write("tree/a.INP", "12345");
     Write("tree/.profile", "x");
     Import();
@@ -105,7 +105,7 @@ TEST_F(BulkImport, TakesFilesOfEverySize) {
     EXPECT_EQ(Retrieved(ann, Find(ann, "/tree", "large.txt")), large);
 }
 
-TEST_F(BulkImport, FollowsLinksToFilesAndFolders) {
+TEST_F(BulkImport, I10_FollowsLinksToFilesAndFolders) {
     Write("elsewhere/b.txt", "linked");
     Write("tree/a.txt", "a");
     std::filesystem::create_symlink(Path("elsewhere/b.txt"), Path("tree/link.txt"));
@@ -117,7 +117,7 @@ TEST_F(BulkImport, FollowsLinksToFilesAndFolders) {
 
 // --- Options ---
 
-TEST_F(BulkImport, StaysInTheNamedFoldersUnlessRecursive) {
+TEST_F(BulkImport, I2_StaysInTheNamedFoldersUnlessRecursive) {
     Write("tree/a.txt", "a");
     Write("tree/sub/b.txt", "b");
     EXPECT_EQ(Import({{"recursive", "false"}}), 1);
@@ -126,7 +126,7 @@ TEST_F(BulkImport, StaysInTheNamedFoldersUnlessRecursive) {
     EXPECT_THAT(In(ann, "/tree/sub"), ElementsAre("b.txt: TextDocument"));
 }
 
-TEST_F(BulkImport, TakesWhatIsIncludedAndTheFoldersThatItNeeds) {
+TEST_F(BulkImport, I3_TakesWhatIsIncludedAndTheFoldersThatItNeeds) {
     Write("tree/a.inp", "a");
     Write("tree/a.log", "log");
     Write("tree/sub/b.inp", "b");
@@ -137,7 +137,7 @@ TEST_F(BulkImport, TakesWhatIsIncludedAndTheFoldersThatItNeeds) {
     EXPECT_THAT(In(ann, "/tree"), ElementsAre("a.inp: UDMDSFileDeck", "sub: Foldertype"));
 }
 
-TEST_F(BulkImport, LeavesAloneWhatIsExcludedWithAllBelowIt) {
+TEST_F(BulkImport, I3_LeavesAloneWhatIsExcludedWithAllBelowIt) {
     Write("tree/a.inp", "a");
     Write("tree/a.bak", "old");
     Write("tree/.git/config", "g");
@@ -150,14 +150,14 @@ TEST_F(BulkImport, LeavesAloneWhatIsExcludedWithAllBelowIt) {
     EXPECT_THAT(In(ann, "/tree/sub"), IsEmpty());
 }
 
-TEST_F(BulkImport, GivesAllFilesTheDefinitionThatIsNamed) {
+TEST_F(BulkImport, I4_GivesAllFilesTheDefinitionThatIsNamed) {
     Write("tree/a.inp", "a");
     Write("tree/b.txt", "b");
     EXPECT_EQ(Import({{"definition", "UDMReport"}}), 2);
     EXPECT_THAT(In(ann, "/tree"), ElementsAre("a.inp: UDMReport", "b.txt: UDMReport"));
 }
 
-TEST_F(BulkImport, PublishesWithTheComment) {
+TEST_F(BulkImport, I6_PublishesWithTheComment) {
     Write("tree/a.inp", "a");
     const ProfilePtr bob = Open("bob");
     EXPECT_EQ(Import({{"publish", "true"}, {"comment", "as delivered"}}), 1);
@@ -168,7 +168,7 @@ TEST_F(BulkImport, PublishesWithTheComment) {
     EXPECT_EQ(Retrieved(bob, deck), "a");
 }
 
-TEST_F(BulkImport, KeepsContentsPrivateUntilTheyArePublished) {
+TEST_F(BulkImport, I6_KeepsContentsPrivateUntilTheyArePublished) {
     Write("tree/a.inp", "a");
     EXPECT_EQ(Import({{"comment", "a first try"}}), 1);
     const ProfilePtr bob = Open("bob");
@@ -180,7 +180,7 @@ TEST_F(BulkImport, KeepsContentsPrivateUntilTheyArePublished) {
     EXPECT_EQ(Retrieved(bob, Find(bob, "/tree", "a.inp")), "a");
 }
 
-TEST_F(BulkImport, RecordsExternalFilesWithoutTakingThem) {
+TEST_F(BulkImport, I7_RecordsExternalFilesWithoutTakingThem) {
     Write("tree/a.inp", "outside");
     EXPECT_EQ(Import({{"external", "true"}}), 1);
     EXPECT_EQ(VaultFiles(), 0U);
@@ -192,7 +192,7 @@ TEST_F(BulkImport, RecordsExternalFilesWithoutTakingThem) {
     EXPECT_EQ(documents.front().GetSize(), 7);
 }
 
-TEST_F(BulkImport, RefusesAnUnknownOptionBeforeItDoesAnything) {
+TEST_F(BulkImport, I14_RefusesAnUnknownOptionBeforeItDoesAnything) {
     Write("tree/a.inp", "a");
     const std::string refusal = Refusal([&] { Import({{"recurse", "true"}}); });
     EXPECT_THAT(refusal, HasSubstr("\"recurse\" is unknown"));
@@ -202,7 +202,7 @@ TEST_F(BulkImport, RefusesAnUnknownOptionBeforeItDoesAnything) {
     EXPECT_THAT(In(ann, "/tree"), ElementsAre("absent"));
 }
 
-TEST_F(BulkImport, RefusesValuesThatAnOptionDoesNotTake) {
+TEST_F(BulkImport, I14_RefusesValuesThatAnOptionDoesNotTake) {
     for (const char* name : {"recursive", "publish", "external", "strict"}) {
         for (const char* value : {"", "yes", "TRUE", "1"}) {
             EXPECT_THAT(Refusal([&] {
@@ -213,15 +213,20 @@ TEST_F(BulkImport, RefusesValuesThatAnOptionDoesNotTake) {
         }
     }
     EXPECT_THAT(Refusal([&] { Import({{"comment", "\xFF"}}); }), HasSubstr("not UTF-8"));
+}
+
+TEST_F(BulkImport, I4_RefusesDefinitionsThatAreAbstractOrOfFoldersOrUnknown) {
+    Write("tree/a.inp", "a");
     EXPECT_THAT(Refusal([&] { Import({{"definition", "Foldertype"}}); }), HasSubstr("folders"));
     EXPECT_THAT(Refusal([&] { Import({{"definition", "FileContent"}}); }), HasSubstr("abstract"));
     EXPECT_THAT(Refusal<UDMNotFoundException>([&] {
                     Import({{"definition", "Nothing"}});
                 }),
                 HasSubstr("Nothing"));
+    EXPECT_THAT(In(ann, "/tree"), ElementsAre("absent"));
 }
 
-TEST(GlobList, ComparesNamesUnlessTheGlobHasASlash) {
+TEST(GlobList, I3_ComparesNamesUnlessTheGlobHasASlash) {
     const profile::GlobList globs("*.inp;sub/*.txt;[ab]?");
     EXPECT_TRUE(globs.Matches("x.inp"));
     EXPECT_TRUE(globs.Matches("deep/down/x.inp"));
@@ -234,7 +239,7 @@ TEST(GlobList, ComparesNamesUnlessTheGlobHasASlash) {
     EXPECT_FALSE(globs.Matches("x.INP"));
 }
 
-TEST(GlobList, MatchesNothingIfItIsEmpty) {
+TEST(GlobList, I3_MatchesNothingIfItIsEmpty) {
     EXPECT_TRUE(profile::GlobList("").Empty());
     EXPECT_TRUE(profile::GlobList(";;").Empty());
     EXPECT_FALSE(profile::GlobList(";;").Matches("a"));
@@ -245,7 +250,7 @@ TEST(GlobList, MatchesNothingIfItIsEmpty) {
 
 // --- What is there already ---
 
-TEST_F(BulkImport, AddsNothingWhereTheSameTreeIsImportedAgain) {
+TEST_F(BulkImport, I8_AddsNothingWhereTheSameTreeIsImportedAgain) {
     Write("tree/a.inp", "a");
     Write("tree/sub/b.txt", "b");
     EXPECT_EQ(Import({{"publish", "true"}}), 2);
@@ -257,7 +262,7 @@ TEST_F(BulkImport, AddsNothingWhereTheSameTreeIsImportedAgain) {
     EXPECT_THAT(In(ann, "/tree"), ElementsAre("a.inp: UDMDSFileDeck", "sub: Foldertype"));
 }
 
-TEST_F(BulkImport, TakesWhatIsNewInATreeThatWasImported) {
+TEST_F(BulkImport, I8_TakesWhatIsNewInATreeThatWasImported) {
     Write("tree/sub/a.txt", "a");
     Import();
     Write("tree/sub/b.txt", "b");
@@ -265,7 +270,7 @@ TEST_F(BulkImport, TakesWhatIsNewInATreeThatWasImported) {
     EXPECT_THAT(In(ann, "/tree/sub"), ElementsAre("a.txt: TextDocument", "b.txt: TextDocument"));
 }
 
-TEST_F(BulkImport, ReportsAChangedFileAndLeavesItsContentAsItIs) {
+TEST_F(BulkImport, I9_ReportsAChangedFileAndLeavesItsContentAsItIs) {
     const std::string changed = Write("tree/a.txt", "before");
     Import({{"publish", "true"}});
     Write("tree/a.txt", "after!");
@@ -297,7 +302,7 @@ TEST_F(BulkImport, KnowsContentsAtTheTopFromOwnedOnes) {
     EXPECT_EQ(ann->AddFoldersAndFiles({}, {file}, "", {}), 0);
 }
 
-TEST_F(BulkImport, TakesTheFirstOfTwoFilesForOnePlace) {
+TEST_F(BulkImport, I8_TakesTheFirstOfTwoFilesForOnePlace) {
     Write("x/tree/a.txt", "one");
     Write("x/tree/same.txt", "same");
     const std::string second = Write("y/tree/a.txt", "two");
@@ -308,7 +313,7 @@ TEST_F(BulkImport, TakesTheFirstOfTwoFilesForOnePlace) {
     EXPECT_EQ(Retrieved(ann, Find(ann, "/tree", "a.txt")), "one");
 }
 
-TEST_F(BulkImport, TakesExternalAndStoredFilesForDifferentOnes) {
+TEST_F(BulkImport, I8_TakesExternalAndStoredFilesForDifferentOnes) {
     const std::string file = Write("tree/a.txt", "a");
     EXPECT_EQ(Import({{"external", "true"}}), 1);
     EXPECT_EQ(Import({{"external", "true"}}), 0);
@@ -319,7 +324,7 @@ TEST_F(BulkImport, TakesExternalAndStoredFilesForDifferentOnes) {
 
 // --- Who is told ---
 
-TEST_F(BulkImport, TellsEachParentOnceAndContentsNotAtAll) {
+TEST_F(BulkImport, I18_TellsEachParentOnceAndContentsNotAtAll) {
     UDMItemHandle folder;
     ann->GetOrCreateFolder(folder, "/tree", true);
     const ProfilePtr bob = Open("bob");
@@ -336,7 +341,7 @@ TEST_F(BulkImport, TellsEachParentOnceAndContentsNotAtAll) {
     EXPECT_EQ(bob->GetChildCount(folder, "folder", ""), 1101U);
 }
 
-TEST_F(BulkImport, TellsOthersNothingOfWhatTheyDoNotSee) {
+TEST_F(BulkImport, I18_TellsOthersNothingOfWhatTheyDoNotSee) {
     UDMItemHandle folder;
     ann->GetOrCreateFolder(folder, "/tree", true);
     const auto told = Listen(ann);
@@ -356,7 +361,7 @@ TEST_F(BulkImport, ShowsInListingsThatWereThereBefore) {
     EXPECT_THAT(In(ann, "/tree"), ElementsAre("a.txt: TextDocument"));
 }
 
-TEST_F(BulkImport, IsPartOfABulkEdit) {
+TEST_F(BulkImport, I19_IsPartOfABulkEdit) {
     Write("tree/a.txt", "a");
     {
         const UDMBulkEdit edit(ann);

@@ -43,7 +43,7 @@ class FilesWithFaults : public Files {
     int calls = 0;
 };
 
-TEST_F(FilesWithFaults, AnAdditionThatFailsAtAnyCallLeavesNoRowAndSucceedsOnRetry) {
+TEST_F(FilesWithFaults, F5_AnAdditionThatFailsAtAnyCallLeavesNoRowAndSucceedsOnRetry) {
     for (const bool external : {false, true}) {
         const std::string source = Write("a", Deck(1'500'000, external ? 2 : 1));
         bool failed = true;
@@ -87,7 +87,7 @@ TEST_F(FilesWithFaults, AReplacementThatFailsAtAnyCallLeavesTheOldDocument) {
     }
 }
 
-TEST_F(FilesWithFaults, ARetrievalThatFailsAtAnyCallLeavesTheFolderAsItWas) {
+TEST_F(FilesWithFaults, F8_ARetrievalThatFailsAtAnyCallLeavesTheFolderAsItWas) {
     const UDMItemHandle part = layered->CreateEntity("Part", "Wheel");
     AddFile(layered, part, Write("a", Deck(1'200'000)));
     AddFile(layered, part, Write("b", "2"), true);
@@ -134,7 +134,7 @@ TEST_F(FilesWithFaults, AFullDiskIsTold) {
     EXPECT_FALSE(Exists(sources.File("out")));
 }
 
-TEST_F(FilesWithFaults, ASourceThatChangesOrVanishesWhileItIsReadIsRefused) {
+TEST_F(FilesWithFaults, F5_ASourceThatChangesOrVanishesWhileItIsReadIsRefused) {
     const UDMItemHandle part = layered->CreateEntity("Part", "Wheel");
     const std::string source = Write("a", Deck(1'500'000));
     const auto once = [&](const std::function<void()>& meddle) {
@@ -154,7 +154,7 @@ TEST_F(FilesWithFaults, ASourceThatChangesOrVanishesWhileItIsReadIsRefused) {
     EXPECT_THAT(DocumentNames(layered, part), IsEmpty());
 }
 
-TEST_F(FilesWithFaults, AMovedSourceThatChangedMeanwhileStaysAndIsTold) {
+TEST_F(FilesWithFaults, F6_AMovedSourceThatChangedMeanwhileStaysAndIsTold) {
     const UDMItemHandle part = layered->CreateEntity("Part", "Wheel");
     AddFile(layered, part, Write("a", "1"));
     const auto told = Listen(layered);
@@ -173,7 +173,7 @@ TEST_F(FilesWithFaults, AMovedSourceThatChangedMeanwhileStaysAndIsTold) {
     EXPECT_THAT(told->Take(), ElementsAre("3 Wheel"));
 }
 
-TEST_F(FilesWithFaults, AMovedSourceThatStaysWithABulkEditIsToldAfterItsCommit) {
+TEST_F(FilesWithFaults, F6_AMovedSourceThatStaysWithABulkEditIsToldAfterItsCommit) {
     const UDMItemHandle part = layered->CreateEntity("Part", "Wheel");
     AddFile(layered, part, Write("a", "1"));
     const auto told = Listen(layered);
@@ -211,7 +211,7 @@ TEST_F(FilesWithFaults, AFileThatComesUpWhileOthersAreWrittenIsKept) {
     EXPECT_EQ(ReadFile(folder + "/b"), "theirs");
 }
 
-TEST_F(FilesWithFaults, ALockedLibraryLeavesAContentWithoutRow) {
+TEST_F(FilesWithFaults, F5_ALockedLibraryLeavesAContentWithoutRow) {
     const ProfilePtr hasty = OpenOver(layer, 20);
     const UDMItemHandle part = hasty->CreateEntity("Part", "Wheel");
     const std::string source = Write("a", "1");

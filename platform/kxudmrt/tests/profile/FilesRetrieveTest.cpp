@@ -34,7 +34,7 @@ class FilesRetrieved : public Files {
     const std::string folder = sources.File("out");
 };
 
-TEST_F(FilesRetrieved, ComeBackByteForByteWithTheirTimes) {
+TEST_F(FilesRetrieved, F8_ComeBackByteForByteWithTheirTimes) {
     const UDMItemHandle part = Part();
     const std::string noise = vault::Noise(3'000'000);
     Put(part, "deck.inp", Deck(2'500'000));
@@ -62,7 +62,7 @@ TEST_F(FilesRetrieved, PathsAreAppendedAndAbsolute) {
     EXPECT_FALSE(Exists(folder + "/x"));
 }
 
-TEST_F(FilesRetrieved, MakeTheirFolderWithItsParents) {
+TEST_F(FilesRetrieved, F8_MakeTheirFolderWithItsParents) {
     const UDMItemHandle part = Part();
     Retrieve(part, folder + "/a/b");
     EXPECT_FALSE(Exists(folder + "/a"));  // nothing to write
@@ -94,7 +94,7 @@ TEST_F(FilesRetrieved, ALinkToAFolderIsFollowed) {
     EXPECT_EQ(ReadFile(sources.File("real/a")), "1");
 }
 
-TEST_F(FilesRetrieved, AFileThatDiffersIsKeptAndNothingElseIsWritten) {
+TEST_F(FilesRetrieved, F9_AFileThatDiffersIsKeptAndNothingElseIsWritten) {
     const UDMItemHandle part = Part();
     Put(part, "a", "1");
     Put(part, "b", "2");
@@ -112,7 +112,7 @@ TEST_F(FilesRetrieved, AFileThatDiffersIsKeptAndNothingElseIsWritten) {
     EXPECT_THAT(paths, IsEmpty());
 }
 
-TEST_F(FilesRetrieved, EqualFilesAreLeftAlone) {
+TEST_F(FilesRetrieved, F9_EqualFilesAreLeftAlone) {
     const UDMItemHandle part = Part();
     Put(part, "a", Deck(5000));
     Put(part, "b", "2");
@@ -127,7 +127,7 @@ TEST_F(FilesRetrieved, EqualFilesAreLeftAlone) {
     }
 }
 
-TEST_F(FilesRetrieved, AFileThatDiffersIsReplacedWhereThatIsAllowed) {
+TEST_F(FilesRetrieved, F9_AFileThatDiffersIsReplacedWhereThatIsAllowed) {
     const UDMItemHandle part = Part();
     Put(part, "a", "1");
     InFolder("a", "mine");
@@ -135,7 +135,7 @@ TEST_F(FilesRetrieved, AFileThatDiffersIsReplacedWhereThatIsAllowed) {
     EXPECT_EQ(Got("a"), "1");
 }
 
-TEST_F(FilesRetrieved, WhatIsNoFileIsNeverReplaced) {
+TEST_F(FilesRetrieved, F9_WhatIsNoFileIsNeverReplaced) {
     const UDMItemHandle part = Part();
     Put(part, "a", "1");
     Put(part, "b", "1");
@@ -149,7 +149,7 @@ TEST_F(FilesRetrieved, WhatIsNoFileIsNeverReplaced) {
     EXPECT_THAT(FilesIn(folder), ElementsAre("b"));
 }
 
-TEST_F(FilesRetrieved, ALinkInTheWayIsReplacedAndWhatItPointsToIsNot) {
+TEST_F(FilesRetrieved, F9_ALinkInTheWayIsReplacedAndWhatItPointsToIsNot) {
     const UDMItemHandle part = Part();
     Put(part, "a", "1");
     const std::string other = Write("other", "precious");
@@ -174,7 +174,7 @@ TEST_F(FilesRetrieved, OneIsTakenByItsName) {
         AllOf(HasSubstr("no document 'c'"), HasSubstr("'a', 'b'")));
 }
 
-TEST_F(FilesRetrieved, IntoTheWorkspaceLieInItsDirectory) {
+TEST_F(FilesRetrieved, F12_IntoTheWorkspaceLieInItsDirectory) {
     const UDMItemHandle part = Part();
     Put(part, "a", "1");
     kxStlVector<kxString> paths;
@@ -186,7 +186,7 @@ TEST_F(FilesRetrieved, IntoTheWorkspaceLieInItsDirectory) {
 
 // --- With children ---
 
-TEST_F(FilesRetrieved, OwnedChildrenGiveTheirsAtAnyDepthWhereAskedFor) {
+TEST_F(FilesRetrieved, F10_OwnedChildrenGiveTheirsAtAnyDepthWhereAskedFor) {
     const UDMItemHandle car = Part("Car");
     const UDMItemHandle wheel = Child(car, "Wheel");
     const UDMItemHandle tyre = Child(wheel, "Tyre");
@@ -204,7 +204,7 @@ TEST_F(FilesRetrieved, OwnedChildrenGiveTheirsAtAnyDepthWhereAskedFor) {
     EXPECT_THAT(FilesIn(folder), ElementsAre("a", "b", "c", "d"));
 }
 
-TEST_F(FilesRetrieved, AChildThatSeveralShareGivesItsFilesOnce) {
+TEST_F(FilesRetrieved, F10_AChildThatSeveralShareGivesItsFilesOnce) {
     const UDMItemHandle car = Part("Car");
     const UDMItemHandle front = Child(car, "Front");
     const UDMItemHandle rear = Child(car, "Rear");
@@ -214,7 +214,7 @@ TEST_F(FilesRetrieved, AChildThatSeveralShareGivesItsFilesOnce) {
     EXPECT_THAT(Retrieve(car, folder, false, true), ElementsAre(folder + "/a"));
 }
 
-TEST_F(FilesRetrieved, ChildrenGiveThoseOfTheRevisionThatTheSessionSees) {
+TEST_F(FilesRetrieved, F10_ChildrenGiveThoseOfTheRevisionThatTheSessionSees) {
     const UDMItemHandle car = Part("Car");
     const UDMItemHandle wheel = Child(car, "Wheel");
     Put(wheel, "a", "1");
@@ -230,7 +230,7 @@ TEST_F(FilesRetrieved, ChildrenGiveThoseOfTheRevisionThatTheSessionSees) {
     EXPECT_EQ(ReadFile(sources.File("bob/a")), "1");
 }
 
-TEST_F(FilesRetrieved, DifferentDocumentsOfOneNameAreRefusedBeforeAnythingIsWritten) {
+TEST_F(FilesRetrieved, F10_DifferentDocumentsOfOneNameAreRefusedBeforeAnythingIsWritten) {
     const UDMItemHandle car = Part("Car");
     const UDMItemHandle wheel = Child(car, "Wheel");
     Put(car, "a", "1");
@@ -241,7 +241,7 @@ TEST_F(FilesRetrieved, DifferentDocumentsOfOneNameAreRefusedBeforeAnythingIsWrit
     EXPECT_THAT(FilesIn(folder), IsEmpty());
 }
 
-TEST_F(FilesRetrieved, EqualDocumentsOfOneNameAreWrittenOnce) {
+TEST_F(FilesRetrieved, F10_EqualDocumentsOfOneNameAreWrittenOnce) {
     const UDMItemHandle car = Part("Car");
     const UDMItemHandle wheel = Child(car, "Wheel");
     Put(car, "b", "1");
@@ -251,7 +251,7 @@ TEST_F(FilesRetrieved, EqualDocumentsOfOneNameAreWrittenOnce) {
 
 // --- External files ---
 
-TEST_F(FilesRetrieved, ExternalOnesAreCopied) {
+TEST_F(FilesRetrieved, F11_ExternalOnesAreCopied) {
     const UDMItemHandle part = Part();
     const std::string source = Write("a", Deck(700'000));
     AddFile(ann, part, source, true);
@@ -265,7 +265,7 @@ TEST_F(FilesRetrieved, ExternalOnesAreCopied) {
     EXPECT_EQ(ReadFile(source), Deck(700'000));
 }
 
-TEST_F(FilesRetrieved, AnExternalOneIsLeftAloneInItsOwnFolder) {
+TEST_F(FilesRetrieved, F11_AnExternalOneIsLeftAloneInItsOwnFolder) {
     const UDMItemHandle part = Part();
     AddFile(ann, part, InFolder("a", "1"), true);
     for (const bool overwrite : {false, true}) {
@@ -274,7 +274,7 @@ TEST_F(FilesRetrieved, AnExternalOneIsLeftAloneInItsOwnFolder) {
     EXPECT_EQ(Got("a"), "1");
 }
 
-TEST_F(FilesRetrieved, AnExternalOneThatIsMissingOrChangedIsAnErrorThatNamesIt) {
+TEST_F(FilesRetrieved, F11_AnExternalOneThatIsMissingOrChangedIsAnErrorThatNamesIt) {
     const UDMItemHandle part = Part();
     const std::string source = Write("b", "1");
     Put(part, "a", "1");
@@ -297,7 +297,7 @@ TEST_F(FilesRetrieved, AnExternalOneThatIsMissingOrChangedIsAnErrorThatNamesIt) 
 
 // --- Libraries that can't be trusted ---
 
-TEST_F(FilesRetrieved, AHostileNameDoesNotLeaveTheFolder) {
+TEST_F(FilesRetrieved, F3_AHostileNameDoesNotLeaveTheFolder) {
     const UDMItemHandle part = Part();
     Put(part, "a", "1");
     for (const char* name : {"../escaped", "/tmp/kxudm-escaped", "..", "sub/a", "a\nb"}) {
@@ -328,7 +328,7 @@ TEST_F(FilesRetrieved, AHostileVaultOrHashIsRefused) {
     EXPECT_THAT(FilesIn(folder), IsEmpty());
 }
 
-TEST_F(FilesRetrieved, ADamagedContentIsAnErrorAndNothingIsWritten) {
+TEST_F(FilesRetrieved, F8_ADamagedContentIsAnErrorAndNothingIsWritten) {
     const UDMItemHandle part = Part();
     Put(part, "b", "1234");
     const std::string stored = StoredPath();

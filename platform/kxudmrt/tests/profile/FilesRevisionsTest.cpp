@@ -35,7 +35,7 @@ class FilesOfRevisions : public Files {
     }
 };
 
-TEST_F(FilesOfRevisions, AnOldRevisionGivesItsFilesAfterEveryLaterChange) {
+TEST_F(FilesOfRevisions, F1_AnOldRevisionGivesItsFilesAfterEveryLaterChange) {
     const UDMItemHandle third = ThreeRevisions();
     ExpectOldOnes(ann, third);
     EXPECT_THAT(Contents(third), ElementsAre("b=3", "c=2"));
@@ -46,7 +46,7 @@ TEST_F(FilesOfRevisions, AnOldRevisionGivesItsFilesAfterEveryLaterChange) {
     EXPECT_THAT(Contents(bob, Newest(bob, third)), ElementsAre("b=3", "c=2"));
 }
 
-TEST_F(FilesOfRevisions, UndoBringsBackWhatWasRemovedOrReplaced) {
+TEST_F(FilesOfRevisions, F1_UndoBringsBackWhatWasRemovedOrReplaced) {
     const UDMItemHandle third = ThreeRevisions();
     PutAgain(third, "c", "3");
     PutAgain(third, "c", "4");
@@ -66,7 +66,7 @@ TEST_F(FilesOfRevisions, AKeptCheckOutGoesOnWithThem) {
     EXPECT_THAT(Contents(second), ElementsAre("a=2"));
 }
 
-TEST_F(FilesOfRevisions, ABranchHasThoseOfItsOriginAndChangesThemForItself) {
+TEST_F(FilesOfRevisions, F1_ABranchHasThoseOfItsOriginAndChangesThemForItself) {
     const UDMItemHandle third = ThreeRevisions();
     ann->Checkout(ann->GetEntity(At(third, 1)), "");
     const auto branches = ann->GetHistory(third)->GetBranchList();
@@ -80,7 +80,7 @@ TEST_F(FilesOfRevisions, ABranchHasThoseOfItsOriginAndChangesThemForItself) {
     EXPECT_THAT(Contents(third), ElementsAre("b=3", "c=2"));
 }
 
-TEST_F(FilesOfRevisions, OfADeletedContentNobodyGetsAny) {
+TEST_F(FilesOfRevisions, F13_OfADeletedContentNobodyGetsAny) {
     const UDMItemHandle third = ThreeRevisions();
     const UDMItemHandle second = ann->GetEntity(At(third, 2));
     ann->DeleteEntity(third, true, false);

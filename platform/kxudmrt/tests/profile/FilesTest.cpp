@@ -15,7 +15,7 @@ using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::StartsWith;
 
-TEST_F(Files, AreListedWithTheirFields) {
+TEST_F(Files, F7_AreListedWithTheirFields) {
     const UDMItemHandle part = Part();
     const std::string source = Write("Front.INP", "GRID 1\n");
     const timespec time{1714521600, 0};
@@ -33,7 +33,7 @@ TEST_F(Files, AreListedWithTheirFields) {
     EXPECT_EQ(ReadFile(documents[0].GetPath()), "GRID 1\n");
 }
 
-TEST_F(Files, TellTextFromWhatIsNone) {
+TEST_F(Files, F7_TellTextFromWhatIsNone) {
     const UDMItemHandle part = Part();
     Put(part,
         "a",
@@ -45,7 +45,7 @@ TEST_F(Files, TellTextFromWhatIsNone) {
     EXPECT_TRUE(Documents(ann, part)[1].IsText());
 }
 
-TEST_F(Files, WithoutExtensionHaveTheTypeOfTheirContentIfItHasOne) {
+TEST_F(Files, F7_WithoutExtensionHaveTheTypeOfTheirContentIfItHasOne) {
     const UDMItemHandle part = Part();
     Put(part, "LICENSE", "x");
     Put(part, ".profile", "x");
@@ -53,7 +53,7 @@ TEST_F(Files, WithoutExtensionHaveTheTypeOfTheirContentIfItHasOne) {
     EXPECT_EQ(Documents(ann, part)[1].GetType(), "");
 }
 
-TEST_F(Files, AreListedByNameBehindWhatTheListHolds) {
+TEST_F(Files, F7_AreListedByNameBehindWhatTheListHolds) {
     const UDMItemHandle part = Part();
     Put(part, "b", "1");
     Put(part, "a", "2");
@@ -68,7 +68,7 @@ TEST_F(Files, AContentWithoutAnyHasAnEmptyList) {
     EXPECT_THAT(DocumentNames(ann, Part()), IsEmpty());
 }
 
-TEST_F(Files, AddingANameTwiceIsRefusedAndTellsHowToReplaceIt) {
+TEST_F(Files, F4_AddingANameTwiceIsRefusedAndTellsHowToReplaceIt) {
     const UDMItemHandle part = Part();
     Put(part, "a.inp", "1");
     const auto told = Listen(ann);
@@ -78,7 +78,7 @@ TEST_F(Files, AddingANameTwiceIsRefusedAndTellsHowToReplaceIt) {
     EXPECT_THAT(told->Take(), IsEmpty());
 }
 
-TEST_F(Files, APublishedRevisionRefusesEveryChange) {
+TEST_F(Files, F2_APublishedRevisionRefusesEveryChange) {
     const UDMItemHandle part = Part();
     Put(part, "a", "1");
     const UDMItemHandle published = Publish(ann, part);
@@ -94,7 +94,7 @@ TEST_F(Files, APublishedRevisionRefusesEveryChange) {
     EXPECT_THAT(Contents(published), ElementsAre("a=1"));
 }
 
-TEST_F(Files, WhatCanNameNoDocumentIsRefused) {
+TEST_F(Files, F3_WhatCanNameNoDocumentIsRefused) {
     const UDMItemHandle part = Part();
     for (const char* name : {"a\\b", "con.txt", "two\nlines", "end.", "\xff"}) {
         const std::string source = Write(name, "x");
@@ -199,14 +199,14 @@ TEST_F(Files, ReAddingTakesThePlaceOfTheDocumentOfThatName) {
     EXPECT_TRUE(Exists(source));
 }
 
-TEST_F(Files, ReAddingWhatIsNotThereIsRefused) {
+TEST_F(Files, F4_ReAddingWhatIsNotThereIsRefused) {
     const UDMItemHandle part = Part();
     EXPECT_THAT(Refusal<UDMNotFoundException>([&] { PutAgain(part, "a", "1"); }),
                 AllOf(HasSubstr("no document 'a'"), HasSubstr("add it first")));
     EXPECT_THAT(DocumentNames(ann, part), IsEmpty());
 }
 
-TEST_F(Files, ReAddingTheSameFileChangesNothing) {
+TEST_F(Files, F2_ReAddingTheSameFileChangesNothing) {
     const UDMItemHandle part = Part();
     const std::string source = Write("a", "1");
     AddFile(ann, part, source);
@@ -215,7 +215,7 @@ TEST_F(Files, ReAddingTheSameFileChangesNothing) {
     EXPECT_THAT(told->Take(), IsEmpty());
 }
 
-TEST_F(Files, AMovedSourceGoesOnceItsDocumentIsThere) {
+TEST_F(Files, F6_AMovedSourceGoesOnceItsDocumentIsThere) {
     const UDMItemHandle part = Part();
     Put(part, "a", "1");
     const std::string source = Write("a", "2");
@@ -224,7 +224,7 @@ TEST_F(Files, AMovedSourceGoesOnceItsDocumentIsThere) {
     EXPECT_THAT(Contents(part), ElementsAre("a=2"));
 }
 
-TEST_F(Files, AMovedSourceGoesAlsoWhereNothingChanged) {
+TEST_F(Files, F6_AMovedSourceGoesAlsoWhereNothingChanged) {
     const UDMItemHandle part = Part();
     const std::string source = Write("a", "1");
     AddFile(ann, part, source);
@@ -232,7 +232,7 @@ TEST_F(Files, AMovedSourceGoesAlsoWhereNothingChanged) {
     EXPECT_FALSE(Exists(source));
 }
 
-TEST_F(Files, AMovedSourceGoesWithTheCommitOfABulkEditAndStaysWithItsRollback) {
+TEST_F(Files, F6_AMovedSourceGoesWithTheCommitOfABulkEditAndStaysWithItsRollback) {
     const UDMItemHandle part = Part();
     Put(part, "a", "1");
     const std::string source = Write("a", "2");
@@ -253,7 +253,7 @@ TEST_F(Files, AMovedSourceGoesWithTheCommitOfABulkEditAndStaysWithItsRollback) {
     EXPECT_THAT(Contents(part), ElementsAre("a=2"));
 }
 
-TEST_F(Files, MovingALinkTakesTheLinkAway) {
+TEST_F(Files, F6_MovingALinkTakesTheLinkAway) {
     const UDMItemHandle part = Part();
     Put(part, "a", "1");
     const std::string real = Write("real", "2");
@@ -265,7 +265,7 @@ TEST_F(Files, MovingALinkTakesTheLinkAway) {
     EXPECT_THAT(Contents(part), ElementsAre("a=2"));
 }
 
-TEST_F(Files, WhatWouldBeMissedIsNotMoved) {
+TEST_F(Files, F6_WhatWouldBeMissedIsNotMoved) {
     const UDMItemHandle part = Part();
     const UDMItemHandle other = Part("Tyre");
     Put(part, "a", "1");
@@ -282,7 +282,7 @@ TEST_F(Files, WhatWouldBeMissedIsNotMoved) {
     EXPECT_EQ(ReadFile(sources.File("a")), "2");
 }
 
-TEST_F(Files, AContentOfAVaultIsNeitherMovedNorExternal) {
+TEST_F(Files, F6_AContentOfAVaultIsNeitherMovedNorExternal) {
     const UDMItemHandle part = Part();
     Put(part, "a", "1");
     const std::string stored = StoredPath();
@@ -354,7 +354,7 @@ TEST_F(Files, N30_AChangeTellsThoseWhoSeeTheRevision) {
     EXPECT_THAT(bob->Take(), ElementsAre("3 Memo"));
 }
 
-TEST_F(Files, AChangeStampsTheRevision) {
+TEST_F(Files, F2_AChangeStampsTheRevision) {
     const UDMItemHandle note = ann->CreateEntity("Note", "Memo");
     const ProfilePtr bob = library.Open("bob");
     const UDMItemHandle seen = bob->GetEntity(note.GetUID());

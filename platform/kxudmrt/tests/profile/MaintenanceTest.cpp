@@ -190,9 +190,6 @@ const Damage DAMAGES[] = {
      "INSERT INTO head_attribute(entity, name, working, value) VALUES (999, 'text', 0, 'x')",
      "stray row"},
     {"ASavePointOfNoRevision", "UPDATE savepoint SET revision = revision + 7", "stray row"},
-    {"AWorkspaceWithARevisionThatIsNotThere",
-     "INSERT INTO workspace_state VALUES ('ann', 'desk', " ENTITY("Note") ", 7, 1)",
-     "stray row"},
 };
 
 class Damaged : public Maintained, public testing::WithParamInterface<Damage> {};

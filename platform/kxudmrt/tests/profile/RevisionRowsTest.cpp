@@ -1,6 +1,8 @@
 // The numbered rows once more, each as one step of a session that works beside two listening ones:
 // "here" belongs to the same user and workspace, "elsewhere" to another user. The step is made by a
 // session of this process and by another process; the two must be told and see the same.
+#include <kxudm/UDMMaintenance.h>
+
 #include <memory>
 
 #include "ChildProcess.h"
@@ -99,6 +101,12 @@ void PlacedAndPublished(const ProfilePtr& profile) {
 void PlacedAndMoved(const ProfilePtr& profile) {
     PlacedAndPublished(profile);
     profile->MoveContent(CheckOut(profile, Wheel(profile)), Named(profile, "G"));
+}
+
+constexpr const char* FILE = KXUDMRT_TEST_CATALOGUE;
+
+void AddFile(const ProfilePtr& profile) {
+    profile->BeginAddFile(Wheel(profile)).setFilePath(FILE).setIsExternal(false).go();
 }
 
 void Fail(const Action& action, const ProfilePtr& profile) {
@@ -283,6 +291,31 @@ std::vector<Row> Rows() {
          {},
          "0* of 0",
          "0* of 0"},
+        {"N30_N15",
+         step::CheckedOut,
+         [](P p) {
+             step::AddFile(p);
+             p->ReAddFile(step::Wheel(p), step::FILE, false, true);
+             p->RemoveFile(step::Wheel(p), "catalogue.xml");
+         },
+         {"3 Wheel:2", "3 Wheel:2", "3 Wheel:2"},
+         {},
+         "2* of 1 2",
+         "1 of 1"},
+        {"N30", step::Note, step::AddFile, {"3 Wheel:0"}, {"3 Wheel:0"}, "0* of 0", "0* of 0"},
+        {"N31",
+         [](P p) {
+             step::PlacedAndMoved(p);
+             p->DeleteEntity(step::Wheel(p), true, false);
+         },
+         [](P p) {
+             UDMMaintenance care(p);
+             care.Undelete(care.DeletedEntities().at(0).uid);
+         },
+         {"5 Wheel:2", "42 G:0", "42 Metals:1", "35 Owner:1"},
+         {"5 Wheel:1", "42 F:0", "42 Metals:1", "35 Owner:1"},
+         "2* of 1 2",
+         "1 of 1"},
         {"N16",
          step::Published,
          [](P p) {

@@ -96,15 +96,6 @@ CREATE TABLE file (
   PRIMARY KEY (entity, to_rev, name, from_rev)
 ) STRICT, WITHOUT ROWID;
 CREATE INDEX file_hash ON file(hash) WHERE hash IS NOT NULL;
-CREATE TABLE workspace_state (
-  user TEXT NOT NULL,
-  workspace TEXT NOT NULL,
-  entity INTEGER NOT NULL REFERENCES entity(id),
-  revision INTEGER NOT NULL,
-  time INTEGER NOT NULL,
-  PRIMARY KEY (user, workspace, entity)
-) STRICT, WITHOUT ROWID;
-CREATE INDEX workspace_state_entity ON workspace_state(entity);
 CREATE TABLE journal (
   sequence INTEGER PRIMARY KEY,
   time INTEGER NOT NULL,
