@@ -7,6 +7,7 @@ find_package(TCL 8.6 REQUIRED)
 pkg_check_modules(GSOAPXX REQUIRED IMPORTED_TARGET gsoap++)
 pkg_check_modules(PUGIXML REQUIRED IMPORTED_TARGET pugixml)
 pkg_check_modules(EXPAT REQUIRED IMPORTED_TARGET expat)
+pkg_check_modules(LIBARCHIVE REQUIRED IMPORTED_TARGET libarchive)
 pkg_check_modules(UTF8PROC REQUIRED IMPORTED_TARGET libutf8proc)
 find_program(SOAPCPP2 soapcpp2 REQUIRED)
 

@@ -13,8 +13,9 @@ packages=(
   libboost-dev libboost-filesystem-dev libboost-regex-dev
   gsoap libgsoap-dev tcl8.6-dev tk8.6-dev
   libsqlite3-dev libssl-dev libpugixml-dev libexpat1-dev libutf8proc-dev libzstd-dev
+  libarchive-dev
   # tests, benchmarks, demo
-  libgtest-dev libgmock-dev libbenchmark-dev tcl8.6 sqlite3 calculix-ccx-test
+  libgtest-dev libgmock-dev libbenchmark-dev tcl8.6 sqlite3 calculix-ccx-test zip unzip
 )
 
 if [[ "${1:-}" == "--list" ]]; then

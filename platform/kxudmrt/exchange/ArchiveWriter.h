@@ -2,7 +2,7 @@
 // contents under their hashes, sealed at its end (docs/exchange-format.md).
 //
 // Layer: exchange, over the vault's file layer. What is written goes straight to the file; memory
-// is a fixed few hundred KiB and about 250 bytes for each entry. The same entries give the same
+// is a fixed few MiB and about 250 bytes for each entry. The same entries give the same
 // bytes, whenever and wherever they are written. One thread at a time; the layer is used, not
 // owned.
 //
