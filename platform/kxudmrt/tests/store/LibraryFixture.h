@@ -110,10 +110,13 @@ class LibraryFixture : public testing::Test {
             std::to_string(RevisionId(id, number - 1)));
     }
 
-    std::unique_ptr<LibraryStore> store_ =
-        LibraryStore::Create(sql::sqlite::Open({.file = ":memory:", .create = true}),
-                             {.name = "Test", .id = "0123456789ABCDEFGHJKMNPQRS"},
-                             "<catalogue/>");
+    static std::unique_ptr<LibraryStore> NewLibrary() {
+        return LibraryStore::Create(sql::sqlite::Open({.file = ":memory:", .create = true}),
+                                    {.name = "Test", .id = "0123456789ABCDEFGHJKMNPQRS"},
+                                    "<catalogue/>");
+    }
+
+    std::unique_ptr<LibraryStore> store_ = NewLibrary();
 };
 
 }  // namespace kxudm::store
