@@ -56,6 +56,7 @@ store::FileRow FileFor(Session& session,
 
 void AddFile(Session& session, const UDMItemHandle& handle, const kxString& path, bool external) {
     session.Poll("AddFile");
+    session.Store().Connection().RequireWritable();
     Session::State state = session.Resolve(handle);
     session.RequireEditable(*state);
     RequireNewDocument(session, *state, DocumentNameOf(path));
@@ -146,6 +147,7 @@ void Profile::ReAddFile(const UDMItemHandle& handle,
                         bool move,
                         bool external) {
     _session->Poll("ReAddFile");
+    _session->Store().Connection().RequireWritable();
     Session::State state = _session->Resolve(handle);
     _session->RequireEditable(*state);
     const std::string name = DocumentNameOf(path);

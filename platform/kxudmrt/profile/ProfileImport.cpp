@@ -58,6 +58,7 @@ int Profile::AddFoldersAndFiles(const kxStlVector<kxString>& folders,
                                 const kxString& root,
                                 const kxStlMap<kxString, kxString>& options) {
     _session->Poll("AddFoldersAndFiles");
+    _session->Store().Connection().RequireWritable();
     const auto session = _session;
     const ImportOptions read = ReadImportOptions(*session->Catalogue(), options);
     ImportReport report(session->ProgressListener(), read.strict);

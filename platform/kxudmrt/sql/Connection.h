@@ -108,6 +108,8 @@ class Connection {
     // What the database itself finds wrong with its file, one text each; looks at all of it. Empty
     // where a server takes care of that.
     [[nodiscard]] virtual std::vector<std::string> IntegrityProblems() { return {}; }
+    // Throws Error of kind ReadOnly if this connection can't write at all.
+    virtual void RequireWritable() {}
     // Makes what was committed survive a loss of power. Not inside of a transaction.
     virtual void Flush() = 0;
 

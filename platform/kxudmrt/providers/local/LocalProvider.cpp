@@ -111,7 +111,10 @@ boost::shared_ptr<IUDMProfile> LocalProvider::OpenProfile(const Parameters& para
             .clock = _options.clock,
             .files = _options.files});
     // The library's row comes last: without it nothing of the library is there.
-    static_cast<void>(master->AddWorkspace(workspace));
+    store::WorkspaceRecord there;
+    if (!master->FindWorkspace(workspace.user, workspace.name, there)) {
+        static_cast<void>(master->AddWorkspace(workspace));
+    }
     if (!known) {
         RegisterLibrary(*master, library);
     }

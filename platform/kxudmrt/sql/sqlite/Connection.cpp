@@ -1,8 +1,12 @@
 #include "sql/sqlite/Connection.h"
 
 #include <sqlite3.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 #include <chrono>
+#include <cstdio>
+#include <optional>
 #include <thread>
 #include <unordered_map>
 #include <utility>
@@ -24,6 +28,43 @@ constexpr NamedStatement DATA_VERSION{"data version", "PRAGMA data_version"};
 constexpr NamedStatement INTEGRITY{"integrity check", "PRAGMA integrity_check"};
 constexpr NamedStatement USER_VERSION{"schema version", "PRAGMA user_version"};
 
+// By what a change of a file shows.
+struct FileState {
+    std::uint64_t file = 0;
+    std::int64_t size = -1;  // -1: there is none
+    std::int64_t seconds = 0;
+    std::int64_t nanoseconds = 0;
+    bool operator==(const FileState&) const = default;
+};
+
+FileState StateOf(const std::string& path) {
+    struct stat state {};
+    if (::stat(path.c_str(), &state) != 0) {
+        return {};
+    }
+    return {state.st_ino, state.st_size, state.st_mtim.tv_sec, state.st_mtim.tv_nsec};
+}
+
+std::string FolderOf(const std::string& file) {
+    const std::size_t slash = file.rfind('/');
+    return slash == std::string::npos ? "." : file.substr(0, slash + 1);
+}
+
+// SQLite takes options only from a URI.
+std::string ImmutableUri(const std::string& file) {
+    std::string uri = "file:";
+    for (const char letter : file) {
+        if (letter == '%' || letter == '?' || letter == '#') {
+            char escape[4];
+            std::snprintf(escape, sizeof escape, "%%%02X", static_cast<unsigned char>(letter));
+            uri += escape;
+        } else {
+            uri += letter;
+        }
+    }
+    return uri + "?immutable=1";
+}
+
 class Connection final : public sql::Connection {
   public:
     explicit Connection(const OpenOptions& options);
@@ -40,21 +81,27 @@ class Connection final : public sql::Connection {
     std::int64_t Changes() const override { return sqlite3_changes64(database_); }
     std::int64_t TotalChanges() const override { return sqlite3_total_changes64(database_); }
     bool InTransaction() const override { return sqlite3_get_autocommit(database_) == 0; }
-    std::int64_t DataVersion() override { return Number(DATA_VERSION); }
+    std::int64_t DataVersion() override;
     std::int64_t SeenVersion() const override;
     std::int64_t SchemaVersion() override { return Number(USER_VERSION); }
     void SetSchemaVersion(std::int64_t version) override;
     std::vector<std::string> IntegrityProblems() override;
     void Flush() override;
+    void RequireWritable() override;
 
   private:
     void Begin(bool write, bool durable) override;
     void CommitOutermost() override;
     void RollbackOutermost() noexcept override;
 
+    void Prepare();
+    void Close() noexcept;
     void OpenFile();
     void CheckApplication();
     void SetUp();
+    [[nodiscard]] bool IsWhereNobodyWrites() const;
+    [[nodiscard]] FileState State() const;
+    void RequireUntouched() const;
     void SwitchToWriteAheadLog();
     void BackToNormal() noexcept;
     void RequireFileInPlace();
@@ -66,6 +113,7 @@ class Connection final : public sql::Connection {
     const OpenOptions options_;
     const Place place_;
     sqlite3* database_ = nullptr;
+    std::optional<FileState> frozen_;  // of a file that is read without the log and its locks
 
     // Compiled statements that nobody uses just now
     std::unordered_map<const NamedStatement*, std::vector<std::unique_ptr<sql::Cursor>>> named_;
@@ -76,21 +124,71 @@ class Connection final : public sql::Connection {
 Connection::Connection(const OpenOptions& options)
     : options_(options), place_{options.what, options.file, {}} {
     try {
-        OpenFile();
-        CheckApplication();
-        SetUp();
+        try {
+            Prepare();
+        } catch (const Error& error) {
+            const bool place =
+                error.Kind() == ErrorKind::CannotOpen || error.Kind() == ErrorKind::ReadOnly;
+            if (!place || !IsWhereNobodyWrites()) {
+                throw;
+            }
+            Close();
+            frozen_ = State();
+            Prepare();
+        }
     } catch (...) {
-        named_.clear();
-        texts_.clear();
-        sqlite3_close(database_);
+        Close();
         throw;
     }
 }
 
 Connection::~Connection() {
+    Close();
+}
+
+void Connection::Close() noexcept {
     named_.clear();
     texts_.clear();
     sqlite3_close(database_);
+    database_ = nullptr;
+}
+
+void Connection::Prepare() {
+    OpenFile();
+    CheckApplication();
+    SetUp();
+}
+
+// A log can't be made there, and there is none that would have to be read.
+bool Connection::IsWhereNobodyWrites() const {
+    return options_.vfs.empty() && StateOf(options_.file).size > 0 &&
+           StateOf(options_.file + "-wal").size <= 0 &&
+           ::access(FolderOf(options_.file).c_str(), W_OK) != 0;
+}
+
+FileState Connection::State() const {
+    return StateOf(options_.file);
+}
+
+// The database doesn't look for itself where it can't lock.
+void Connection::RequireUntouched() const {
+    if (frozen_ && (State() != *frozen_ || StateOf(options_.file + "-wal").size > 0)) {
+        throw Error(ErrorKind::ReadOnly,
+                    place_.what + " '" + place_.file +
+                        "': it can't be written from here, so that it was read as it stood when it "
+                        "was opened, and somebody has written to it since; open it anew");
+    }
+}
+
+std::int64_t Connection::DataVersion() {
+    RequireUntouched();
+    return Number(DATA_VERSION);
+}
+
+void Connection::RequireWritable() {
+    if (sqlite3_db_readonly(database_, "main") == 1) {
+        ThrowCode(SQLITE_READONLY, place_, "this session can only read it");
+    }
 }
 
 void Connection::Fail(int code, const char* doing) const {
@@ -100,15 +198,16 @@ void Connection::Fail(int code, const char* doing) const {
 }
 
 void Connection::OpenFile() {
+    const bool readOnly = options_.readOnly || frozen_;
     int flags = SQLITE_OPEN_NOMUTEX | SQLITE_OPEN_EXRESCODE;
-    flags |= options_.readOnly ? SQLITE_OPEN_READONLY : SQLITE_OPEN_READWRITE;
-    if (options_.create && !options_.readOnly) {
+    flags |= readOnly ? SQLITE_OPEN_READONLY : SQLITE_OPEN_READWRITE;
+    flags |= frozen_ ? SQLITE_OPEN_URI : 0;
+    if (options_.create && !readOnly) {
         flags |= SQLITE_OPEN_CREATE;
     }
-    const int code = sqlite3_open_v2(options_.file.c_str(),
-                                     &database_,
-                                     flags,
-                                     options_.vfs.empty() ? nullptr : options_.vfs.c_str());
+    const std::string name = frozen_ ? ImmutableUri(options_.file) : options_.file;
+    const int code = sqlite3_open_v2(
+        name.c_str(), &database_, flags, options_.vfs.empty() ? nullptr : options_.vfs.c_str());
     if (code != SQLITE_OK) {
         Fail(code, "open");
     }
@@ -137,7 +236,7 @@ void Connection::CheckApplication() {
 
 void Connection::SetUp() {
     Execute("PRAGMA foreign_keys=ON; PRAGMA temp_store=MEMORY; PRAGMA cache_size=-32768;");
-    if (options_.readOnly) {
+    if (sqlite3_db_readonly(database_, "main") == 1) {
         return;
     }
     SwitchToWriteAheadLog();
@@ -245,6 +344,11 @@ std::vector<std::string> Connection::IntegrityProblems() {
 
 // The setting can't change inside of a transaction, so it goes around it.
 void Connection::Begin(bool write, bool durable) {
+    RequireUntouched();
+    if (write) {
+        // It would begin all the same, for reading.
+        RequireWritable();
+    }
     if (durable) {
         Execute("PRAGMA synchronous=FULL");
         full_ = true;

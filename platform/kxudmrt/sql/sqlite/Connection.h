@@ -1,5 +1,9 @@
 // Opens SQLite databases.
 //
+// A file that this user can't write is opened for reading. Where no log can be made beside it,
+// either, it is read as it stands: a write of somebody else who may is an error of the next
+// transaction.
+//
 // Layer: sql. The connection runs in WAL mode with foreign keys on and synchronous=NORMAL, and
 // waits ten seconds for the lock of another process before it gives up.
 #ifndef KXUDMRT_SQL_SQLITE_CONNECTION_H

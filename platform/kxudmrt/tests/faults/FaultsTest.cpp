@@ -1,6 +1,9 @@
 // Each call of an operation to the machine fails once, from the first to the last, of the database
 // and of the file layer of vaults and documents. Each time the operation answers with an error,
 // nothing is half done, the same session succeeds with a second try, and the library is sound.
+#include <kxudm/UDMCdefMetaData.h>
+#include <kxudm/UDMMaintenance.h>
+
 #include <algorithm>
 #include <cerrno>
 #include <fstream>
@@ -59,6 +62,70 @@ void ExpectSpar(World& world, bool changed) {
     EXPECT_THAT(
         world.Documents(Exact(world, "Spar", 1)),
         ElementsAre("spar.dat=" + Deck("spar.dat", world), "spar.inp=" + Deck("spar.inp", world)));
+}
+
+// A count is a text from then on, and a part has a finish.
+void UpdateDefinition(World& world) {
+    kxStlVector<UDMCdefMetaData> records;
+    world.Profile().GetContentDefinitionMetadata("Part", records);
+    std::erase_if(records, [](const auto& record) { return record.Name() == "count"; });
+    for (const char* name : {"count", "finish"}) {
+        const kxString text(name);
+        records.push_back({text,
+                           text,
+                           "",
+                           text == "finish" ? "raw" : "",
+                           "String",
+                           "",
+                           false,
+                           true,
+                           true,
+                           kxStlVector<kxString>()});
+    }
+    EXPECT_TRUE(world.Profile().UpdateContentDefinition("Part", records, false));
+}
+
+void ReloadDefinition(World& world) {
+    std::string text = vault::ReadFile(world.Definitions());
+    const std::string from = "<attribute name=\"count\" type=\"Integer\"/>";
+    if (const std::size_t place = text.find(from); place != std::string::npos) {
+        text.replace(place,
+                     from.size(),
+                     "<attribute name=\"count\" type=\"String\"/>"
+                     "<attribute name=\"finish\" type=\"String\" default=\"raw\"/>");
+        std::ofstream(world.Definitions()) << text;
+    }
+    EXPECT_TRUE(world.Profile().ReloadContentDefinition("Part"));
+}
+
+void ExpectNewDefinition(World& world) {
+    EXPECT_EQ(world.Named("Rib").GetAttributeValue("count"), kxVariant("3"));
+    EXPECT_EQ(world.Named("Wing").GetAttributeValue("finish"), kxVariant("raw"));
+    kxStlVector<UDMItemHandle> raw;
+    world.Profile().RunQuery(raw,
+                             "attrib.finish == raw && attrib.count == \"3\"",
+                             -1,
+                             0,
+                             0,
+                             UDMQuerySettingHandle(),
+                             false,
+                             false);
+    EXPECT_THAT(DisplayNames(raw), ElementsAre("Rib"));
+}
+
+// What can still be brought back is brought back, as the first try may have done.
+void Undelete(World& world) {
+    UDMMaintenance care(world.Session());
+    const auto deleted = care.DeletedEntities();
+    ASSERT_EQ(deleted.size(), 1U);
+    EXPECT_TRUE(care.Undelete(deleted[0].uid));
+}
+
+void Purge(World& world) {
+    UDMPurgeOptions options;
+    options.minimumAge = std::chrono::seconds(0);
+    options.deletedEntities = true;
+    static_cast<void>(UDMMaintenance(world.Session()).Purge(options));
 }
 
 std::vector<Deed> Deeds() {
@@ -179,6 +246,38 @@ std::vector<Deed> Deeds() {
              EXPECT_THAT(DisplayNames(contents), testing::UnorderedElementsAre("a.inp", "c.dat"));
          },
          false,
+         true},
+        {"set_a_vault",
+         [](World& world) {
+             world.Profile().SetVault(world.Named("Rib"), world.Base() + "/other");
+         },
+         [](World& world) {
+             world.Profile()
+                 .BeginAddFile(world.Named("Rib"))
+                 .setFilePath(world.Source("rib.dat"))
+                 .go();
+             EXPECT_EQ(vault::CountFiles(world.Base() + "/other"), 1U);
+         }},
+        {"update_a_definition", UpdateDefinition, ExpectNewDefinition},
+        {"reload_a_definition", ReloadDefinition, ExpectNewDefinition},
+        {"undelete",
+         Undelete,
+         [](World& world) {
+             EXPECT_EQ(world.Named("Old").GetRevision(), 1);
+             EXPECT_THAT(world.Documents(world.Named("Old")),
+                         ElementsAre("old.inp=" + Deck("old.inp", world)));
+         }},
+        {"purge",
+         Purge,
+         [](World& world) {
+             UDMMaintenance care(world.Session());
+             EXPECT_THAT(care.DeletedEntities(), IsEmpty());
+             UDMVerifyOptions options;
+             options.minimumAge = std::chrono::seconds(0);
+             EXPECT_THAT(care.Verify(options), IsEmpty());
+             ExpectSpar(world, true);
+         },
+         true,
          true},
         {"delete",
          [](World& world) { world.Profile().DeleteEntity(world.Named("Wing"), true, false); },

@@ -33,6 +33,7 @@ World::World() {
     Write("spar.dat", vault::Deck(500, 4));
     Write("spar.log", "done\n");
     Write("rib.inp", vault::Noise(100000, 5));
+    Write("old.inp", vault::Noise(5000, 7));
     Write("rib.dat", vault::Deck(40000, 6));
     for (const char* name : {"tree/a.inp", "tree/b.inp", "tree/sub/a.inp", "tree/sub/c.dat"}) {
         Write(name, vault::Deck(3000, static_cast<int>(std::string(name).size())) + name);
@@ -70,10 +71,12 @@ void World::Restore() {
             _folder.File("kept"), Base(), std::filesystem::copy_options::recursive);
     }
     std::filesystem::create_directories(Out());
+    std::filesystem::copy_file(
+        KXUDMRT_TEST_CATALOGUE, Definitions(), std::filesystem::copy_options::overwrite_existing);
     Parameters params;
     params["DataSource"] = "local";
     params["MasterDBFile"] = _folder.File("master.db");
-    params["UDMConfigFile"] = KXUDMRT_TEST_CATALOGUE;
+    params["UDMConfigFile"] = Definitions();
     params["RepositoryName"] = "Lib";
     params["RepositoryBaseDir"] = Base();
     params["ProfileName"] = "Local";
@@ -115,8 +118,14 @@ void World::Fill() {
     Profile().RemoveFile(spar, "spar.dat");
     Profile().BeginAddFile(spar).setFilePath(Source("spar.log")).go();
 
+    UDMItemHandle old = Profile().CreateEntity("Part", "Old");
+    Profile().BeginAddFile(old).setFilePath(Source("old.inp")).go();
+    Profile().PersistEntity(old, "first", false, true, true);
+    Profile().DeleteEntity(Named("Old"), true, false);
+
     UDMItemHandle rib = Profile().CreateEntity("Part", "Rib");
     Profile().BeginAddFile(rib).setFilePath(Source("rib.inp")).go();
+    Profile().SetAttributeValue(rib, "count", kxVariant(3));
     Close();
 }
 
@@ -135,8 +144,8 @@ std::string World::Rows() const {
     sqlite3_open(_folder.File("base/Lib.ldb").c_str(), &database);
     std::ostringstream rows;
     for (const char* table :
-         {"entity", "revision", "savepoint", "head_attribute", "link", "file"}) {
-        const std::string select = std::string("SELECT * FROM ") + table + " ORDER BY 1, 2, 3, 4";
+         {"entity", "revision", "savepoint", "head_attribute", "link", "file", "info"}) {
+        const std::string select = std::string("SELECT * FROM ") + table + " ORDER BY 1, 2";
         sqlite3_stmt* statement = nullptr;
         sqlite3_prepare_v2(database, select.c_str(), -1, &statement, nullptr);
         while (sqlite3_step(statement) == SQLITE_ROW) {

@@ -4,7 +4,8 @@
 //   Wing     published at 2; "wing.inp" was another one at 1; in folder /Model
 //   Spar     published at 1 with "spar.inp" and "spar.dat"; checked out, its description changed,
 //            "spar.inp" replaced, "spar.dat" removed, "spar.log" added
-//   Rib      never published, with "rib.inp"
+//   Old      published at 1 with "old.inp", then deleted
+//   Rib      never published, with "rib.inp" and 3 as its count
 #pragma once
 
 #include <string>
@@ -28,8 +29,11 @@ class World {
     void Close();
 
     IUDMProfile& Profile() { return *_profile; }
+    const ProfilePtr& Session() { return _profile; }
     UDMItemHandle Named(const std::string& name);
     [[nodiscard]] std::string Source(const std::string& name) const;
+    // The catalogue file, which may be changed.
+    [[nodiscard]] std::string Definitions() const { return _folder.File("definitions.xml"); }
     [[nodiscard]] std::string Out() const { return _folder.File("out"); }
     [[nodiscard]] std::string Base() const { return _folder.File("base"); }
 
