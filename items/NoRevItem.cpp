@@ -8,7 +8,7 @@ using kxudm::UDMItemHandle;
 namespace kxct {
 
 NoRevItem::NoRevItem(ItemManager* manager, UDMDBCtrl* session, const kxudm::UDMUID& uid)
-    : ItemImpl(manager, session, uid) {}
+    : ItemImpl(manager, session, uid.GetDmUid()) {}
 
 NoRevItem::~NoRevItem() = default;
 

@@ -58,7 +58,8 @@ class Buffer {
     }
     void Append(const Conversion& conversion, const char* text) {
         // Wider blanks are cut off anyway, but would be counted one by one first.
-        const int length = static_cast<int>(std::min<std::size_t>(std::strlen(text), MANY));
+        const int most = conversion.precision < 0 ? MANY : std::min(conversion.precision, MANY);
+        const int length = static_cast<int>(strnlen(text, static_cast<std::size_t>(most)));
         const int width =
             std::min(conversion.width, length + static_cast<int>(MESSAGE_BUFFER_SIZE));
         char* const end = _bytes.data() + _size;
@@ -71,6 +72,7 @@ class Buffer {
                       text);
         _size += std::strlen(end);
     }
+    bool IsFull() const { return Room() == 0; }
     kxString Text() const { return kxString(_bytes.data(), _size); }
 
   private:
@@ -86,7 +88,8 @@ kxString FormatMessage(const kxString& format, const kxStlVector<kxString>& deta
     const std::size_t count = std::min(details.size(), MAX_MESSAGE_DETAILS);
     Buffer buffer;
     std::size_t next = 0;
-    for (const char* at = format.c_str(); *at != '\0';) {
+    // What follows a full buffer would only cost time.
+    for (const char* at = format.c_str(); *at != '\0' && !buffer.IsFull();) {
         const char* const begin = at;
         at += std::strcspn(at, "%");
         buffer.Append(std::string_view(begin, static_cast<std::size_t>(at - begin)));

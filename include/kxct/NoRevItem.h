@@ -20,7 +20,7 @@ class KXCT_EXPORT NoRevItem : public ItemImpl {
     using ItemImpl::GetChildren;
     using ItemImpl::GetNumChildren;
 
-    // `uid` without a revision.
+    // A revision in `uid` is left out of the item's key.
     NoRevItem(ItemManager* manager, UDMDBCtrl* session, const kxudm::UDMUID& uid);
     ~NoRevItem() override;
 

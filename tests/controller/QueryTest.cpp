@@ -1,4 +1,5 @@
 // Queries, their versions and filter walk, and history.
+#include <kxct/ItemImpl.h>
 #include <kxudm/UDMHistoryNode.h>
 #include <kxudm/UDMQuerySettings.h>
 
@@ -255,7 +256,31 @@ TEST_F(ControllerImplQueryFilter, WithoutChildFiltersNothingIsAskedOrDropped) {
     EXPECT_EQ(Query(HITS_ONLY), 4U);
 }
 
+// A hit of a parent type that fails when it is asked for its children.
+class FailingItem : public ItemImpl {
+  public:
+    FailingItem() : ItemImpl(nullptr, nullptr, "F:1") {}
+    const kxString& IsA() override { return m_uid; }
+    kxString GetType() const override { return "UDMRoot"; }
+    using ItemImpl::GetNumChildren;
+    size_t GetNumChildren() override { throw std::runtime_error("the item says no"); }
+};
+
+TEST_F(ControllerImplQueryFilter, AnItemThatFailsEndsTheWalkWithZeroAndTheRestStays) {
+    FailingItem failing;
+    items = {ItemOf("R:1"), nullptr, ItemOf("S:1"), &failing};
+    EXPECT_EQ(Query(HITS_ONLY), 0U);
+    EXPECT_THAT(UidsOf(items), ElementsAre("null", "F:1", "R:1", "A:3", "S:1", "T:1"));
+}
+
 class ControllerImplHistory : public ControllerImplQuery {};
+
+// Unlike a query, which adds to the list.
+TEST_F(ControllerImplHistory, TheListIsReplaced) {
+    items = {nullptr, ItemOf("B:1")};
+    EXPECT_EQ(controller->GetHistory({"C:1"}, items), 2U);
+    EXPECT_THAT(UidsOf(items), ElementsAre("C:1", "C:1"));
+}
 
 TEST_F(ControllerImplHistory, EachIdGivesItsItemAndItsVersions) {
     EXPECT_EQ(controller->GetHistory({"A:3", "C:1"}, items), 6U);

@@ -124,6 +124,28 @@ TEST_F(History, ACategoryHasAKeyWithARunningNumber) {
     EXPECT_EQ(third, "HistoryCategory_1_" + std::to_string(number + 2));
 }
 
+// The counter runs through the process: a new process, in which this is the only test, shows where
+// it begins.
+TEST_F(History, TheCategoriesOfAProcessAreNumberedFromZero) {
+    ::testing::FLAGS_gtest_death_test_style = "threadsafe";
+    EXPECT_EXIT(
+        {
+            std::cerr << Category(HISTORY_BRANCHES)->GetUID() << ' '
+                      << Category(HISTORY_VERSIONS)->GetUID();
+            std::_Exit(0);
+        },
+        ::testing::ExitedWithCode(0),
+        "^HistoryCategory_0_0 HistoryCategory_1_1$");
+}
+
+TEST_F(History, TheCacheGrowsWithEachLookAtTheBranches) {
+    Items cached;
+    item->GetChildren(children);
+    const size_t once = history.GetAllItemsInCache(cached);
+    item->GetChildren(children);
+    EXPECT_EQ(history.GetAllItemsInCache(cached), once + 1);
+}
+
 TEST_F(History, ACategoryAnswersIconLabelAndId) {
     Item* versions = Category(HISTORY_VERSIONS);
     EXPECT_EQ(versions->GetAttributeValue("icon"), kxVariant(8));

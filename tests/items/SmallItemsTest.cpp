@@ -76,6 +76,29 @@ TEST_F(ContentGroupItemTest, HasNothingWithoutASession) {
     EXPECT_FALSE(group.AddItem(handle, "Model", ""));
 }
 
+TEST_F(ContentGroupItemTest, ListsNothingWithoutAManagerAndStillCounts) {
+    ContentGroupItem group(nullptr, session.get(), content, "Files");
+    EXPECT_CALL(*profile, GetChildren).Times(0);
+    EXPECT_CALL(*profile, GetChildCount).WillOnce(Return(3));
+    Items children;
+    EXPECT_EQ(group.GetChildren(children), 0u);
+    EXPECT_EQ(group.GetNumChildren(), 3u);
+}
+
+TEST_F(ContentGroupItemTest, CopiesAndMovesKeepNameOwnerAndKey) {
+    state->attributes["mass"] = 12;
+    ContentGroupItem group = Group();
+    ContentGroupItem copy(group);
+    ContentGroupItem moved(std::move(group));
+    ContentGroupItem assigned(manager.get(), session.get(), content, "Other");
+    assigned = copy;
+    for (const ContentGroupItem* each : {&copy, &moved, &assigned}) {
+        EXPECT_EQ(each->GetName(), "Files");
+        EXPECT_EQ(each->GetUID(), "Files:A:1");
+        EXPECT_EQ(each->GetAttributeValue("mass"), kxVariant(12));
+    }
+}
+
 TEST_F(ContentGroupItemTest, AddItemTakesTheDefinitionFirstAndIsItsOwnGroup) {
     definitions->Add("Model");
     ContentGroupItem group = Group();
@@ -91,6 +114,21 @@ TEST_F(ContentGroupItemTest, AddItemTakesTheDefinitionFirstAndIsItsOwnGroup) {
     kxudm::UDMItemHandle handle;
     EXPECT_TRUE(group.AddItem(handle, "Model", "not read"));
     EXPECT_EQ(handle.GetUID(), "N:0");
+}
+
+TEST_F(ContentGroupItemTest, AddItemOfADefinitionWithoutADisplayNameMakesANewItem) {
+    definitions->Add("Model").displayName = "";
+    EXPECT_CALL(*profile, CreateAndAddChild(_, kxString("new_item"), _, _))
+        .WillOnce(Return(NewHandle("N:0")));
+    kxudm::UDMItemHandle handle;
+    EXPECT_TRUE(Group().AddItem(handle, "Model", ""));
+}
+
+TEST_F(ContentGroupItemTest, AddItemAnswersFalseWhenTheRuntimeFails) {
+    definitions->Add("Model");
+    EXPECT_CALL(*profile, CreateAndAddChild).WillOnce(Throw(std::runtime_error("no")));
+    kxudm::UDMItemHandle handle;
+    EXPECT_FALSE(Group().AddItem(handle, "Model", ""));
 }
 
 TEST_F(ContentGroupItemTest, AddItemAnswersFalseForAnUnknownDefinition) {
@@ -142,6 +180,19 @@ TEST_F(NoRevItemTest, TheFirstQuestionTurnsItsKeyIntoThatOfTheLatestRevision) {
     EXPECT_CALL(*profile, GetEntity(kxString("A"))).WillOnce(Return(NewHandle("A:4")));
     item.GetDisplayName();
     EXPECT_EQ(item.GetUID(), "A:4");
+}
+
+TEST_F(NoRevItemTest, ItsKeyHasNoRevisionWhateverUidItIsMadeFor) {
+    EXPECT_EQ(NoRevItem(manager.get(), session.get(), kxudm::UDMUID("A:3")).GetUID(), "A");
+}
+
+TEST_F(NoRevItemTest, TheManagersKeyStaysTheOneWithoutRevision) {
+    Item* cached = manager->CreateItem(kxudm::UDMUID("A"));
+    cached->GetDisplayName();
+    EXPECT_EQ(cached->GetUID(), "A:1");
+    EXPECT_EQ(manager->CreateItem(kxudm::UDMUID("A")), cached);
+    // The revision itself is another item.
+    EXPECT_EQ(manager->CreateItem(mock::HandleOf(state)), content);
 }
 
 TEST_F(NoRevItemTest, ItsChildrenAreTheOlderRevisionsAndItAnswersZero) {
@@ -244,11 +295,37 @@ TEST_F(ViewItemTest, EveryViewHasAUidOfItsOwnOf32LettersAndDigits) {
 }
 
 TEST_F(ViewItemTest, TheUidIsDrawnFromTheCLibrarysGenerator) {
+    const kxString letters = "0123456789ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz";
     std::srand(1);
-    const ViewItem first(none, Names(), "x");
+    kxString drawn;
+    while (drawn.size() < 32) {
+        drawn += letters[static_cast<size_t>(std::rand() % 62)];
+    }
     std::srand(1);
-    const ViewItem again(none, Names(), "x");
-    EXPECT_EQ(first.GetUID(), again.GetUID());
+    EXPECT_EQ(ViewItem(none, Names(), "x").GetUID(), drawn);
+}
+
+TEST_F(ViewItemTest, CopiesAndMovesKeepUidNameItemsAndAttributes) {
+    Items items({content});
+    ViewItem view(items, Names({"mass"}), "12");
+    const kxString uid = view.GetUID();
+    ViewItem copy(view);
+    ViewItem moved(std::move(view));
+    ViewItem assigned(none, Names(), "y");
+    assigned = copy;
+    for (ViewItem* each : {&copy, &moved, &assigned}) {
+        EXPECT_EQ(each->GetUID(), uid);
+        EXPECT_EQ(each->GetDisplayName(), "12");
+        EXPECT_EQ(each->GetNumChildren(), 1u);
+        EXPECT_EQ(each->GetAttributeValue("mass"), kxVariant(12));
+    }
+}
+
+TEST_F(ViewItemTest, TheCallersListIsCopied) {
+    Items items({content});
+    ViewItem view(items, Names(), "x");
+    items.clear();
+    EXPECT_EQ(view.GetNumChildren(), 1u);
 }
 
 TEST_F(ViewItemTest, HasNeitherSessionNorHandle) {

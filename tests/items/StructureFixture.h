@@ -14,6 +14,7 @@ class Node : public ItemImpl {
         : ItemImpl(nullptr, nullptr, uid), children(below) {}
 
     const kxString& IsA() override { return m_uid; }
+    kxString GetDisplayName() const override { return m_uid; }
     size_t GetChildren(Items& out) override {
         out.insert(out.end(), children.begin(), children.end());
         return out.size();

@@ -71,6 +71,52 @@ TEST_F(Structure, OnDemandALeafGivesNothing) {
     EXPECT_EQ(Ask({&leaf}, false, true), 0u);
     EXPECT_THAT(newRelations, IsEmpty());
     EXPECT_EQ(leaf.GetRenderState(), RENDER_NONE);
+    // The ghost was made for the question, and nobody hangs on it.
+    EXPECT_THAT(Text(deletedItems), ElementsAre("GhostItem"));
+}
+
+TEST_F(Structure, OnDemandTheGhostStaysWhileAnotherItemHangsOnIt) {
+    Ask({&root, &other}, false, true);
+    EXPECT_THAT(Text(newItems), ElementsAre("GhostItem"));
+    EXPECT_THAT(Text(newRelations), ElementsAre("root>GhostItem", "other>GhostItem"));
+    Ask({&other}, false, true);
+    EXPECT_THAT(Text(newItems), ElementsAre("leaf"));
+    EXPECT_THAT(deletedItems, IsEmpty());
+}
+
+TEST_F(Structure, OnDemandAGhostThatWentComesAgain) {
+    Ask({&other}, false, true);
+    Ask({&other}, false, true);
+    ASSERT_THAT(Text(deletedItems), ElementsAre("GhostItem"));
+    Item* const before = deletedItems.front();
+    Ask({&root}, false, true);
+    // The object itself stayed.
+    EXPECT_THAT(newItems, ElementsAre(before));
+}
+
+TEST_F(Structure, OnDemandAChildOfAnExpandedItemThatWasSeenBeforeAsksForNothing) {
+    root.SetRenderState(RENDER_EXPANDED);
+    inner.SetRenderState(RENDER_EXPANDED);
+    Ask({&root}, false, true);
+    EXPECT_FALSE(more);
+    EXPECT_THAT(Text(newRelations), ElementsAre("root>inner"));
+    EXPECT_THAT(deletedRelations, IsEmpty());
+}
+
+// A manager whose ghost a test can see.
+struct Window : DefaultItemManager {
+    using DefaultItemManager::DefaultItemManager;
+    const Item* Ghost() const { return m_ghost; }
+};
+
+TEST_F(Structure, AnEmptyInputOnDemandStillMakesTheGhost) {
+    auto window = std::make_unique<Window>(session.get(), &signals);
+    const Window& seen = *window;
+    manager = std::move(window);
+    Ask({}, false, false);
+    EXPECT_EQ(seen.Ghost(), nullptr);
+    Ask({}, false, true);
+    EXPECT_NE(seen.Ghost(), nullptr);
 }
 
 TEST_F(Structure, AnEmptyInputGivesNoOutput) {
