@@ -15,6 +15,7 @@
 // environment's KXCT_CATALOGUE names another one.
 #include <kxudm/IUDMProfile.h>
 #include <kxudm/UDMBulkEdit.h>
+#include <kxudm/UDMBulkRetrieval.h>
 #include <kxudm/UDMMaintenance.h>
 #include <kxudm/UDMProfileMgr.h>
 #include <kxudm/UDMProgress.h>
@@ -191,16 +192,16 @@ int Log(const fs::path& folder, const fs::path& file) {
 int Export(const fs::path& folder, const fs::path& target) {
     const Repository repository(folder);
     fs::create_directories(target);
-    kxStlVector<kxString> paths;
+    kxudm::UDMBulkRetrieval retrieval(repository.Shared());
     ForEach(repository, [&](const UDMItemHandle& content, const fs::path& relative) {
         if (IsFolder(content)) {
             fs::create_directory(target / relative);
         } else {
-            paths.clear();
-            repository.Session().RetrieveFilesToPath(
-                content, (target / relative).parent_path().string(), paths, "");
+            retrieval.Add(content, (target / relative).parent_path().string());
         }
     });
+    kxStlVector<kxString> paths;
+    retrieval.Run(paths);
     return 0;
 }
 

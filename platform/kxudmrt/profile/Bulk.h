@@ -9,7 +9,12 @@ namespace kxudm::profile {
 [[nodiscard]] std::exception_ptr RunDeeds(std::vector<std::function<void()>>&& deeds) noexcept;
 
 struct Session::Bulk {
-    explicit Bulk(sql::Connection& connection) : transaction(connection) {}
+    // Flushed from the start: a flush of its own behind the commit, for an operation within that
+    // asks for it, could fail when nothing can be taken back any more.
+    explicit Bulk(sql::Connection& connection)
+        : transaction(connection,
+                      sql::Transaction::Mode::Write,
+                      sql::Transaction::Durability::Full) {}
 
     sql::Transaction transaction;
     ChangeList changes;

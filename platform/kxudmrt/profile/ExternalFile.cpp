@@ -6,6 +6,7 @@
 #include "core/Clock.h"
 #include "vault/DocumentName.h"
 #include "vault/SourceFile.h"
+#include "vault/Stored.h"
 
 namespace kxudm::profile {
 
@@ -70,14 +71,17 @@ std::unique_ptr<vault::TemporaryFile> CopyExternal(
     vault::FileLayer& files,
     const store::FileRow& file,
     const std::string& target,
-    const std::function<void(std::uint64_t)>& advance) {
+    const std::function<bool(std::uint64_t)>& advance) {
     vault::SourceFile source(files, file.externalPath);
     auto copy = std::make_unique<vault::TemporaryFile>(
         files, std::filesystem::path(target).parent_path().string(), USER_FILE);
     const auto block = std::make_unique_for_overwrite<char[]>(BLOCK);
     while (const std::size_t count = source.Fill(block.get(), BLOCK)) {
         copy->Write(block.get(), count);
-        advance(count);
+        if (!advance(count)) {
+            throw vault::StoppedException("Retrieving '" + vault::Printable(target) +
+                                          "' was stopped; it is as it was");
+        }
     }
     source.CheckUnchanged();
     copy->SetModified(file.modified);

@@ -25,11 +25,11 @@ void RequireUnchanged(vault::FileLayer& files,
                                const std::string& other);
 
 // Copies an external file under a temporary name into the folder of `target`. `advance` hears of
-// bytes done.
+// bytes done; false stops it (vault::StoppedException).
 [[nodiscard]] std::unique_ptr<vault::TemporaryFile> CopyExternal(
     vault::FileLayer& files,
     const store::FileRow& file,
     const std::string& target,
-    const std::function<void(std::uint64_t)>& advance);
+    const std::function<bool(std::uint64_t)>& advance);
 
 }  // namespace kxudm::profile

@@ -74,7 +74,11 @@ std::string VaultDirectoryOf(Session& session, const EntityState& state) {
 store::FileRow TakeInFile(Session& session, const EntityState& state, const std::string& path) {
     const std::string name = DocumentNameOf(path);
     const std::string directory = VaultDirectoryOf(session, state);
-    return StoredFile(name, session.Vaults().In(directory).Add(path), directory);
+    LibraryVaults& vaults = session.Vaults();
+    return StoredFile(
+        name,
+        session.InBulk() ? vaults.TakeInLater(directory, path) : vaults.In(directory).Add(path),
+        directory);
 }
 
 void RequireNewDocument(Session& session, const EntityState& state, const std::string& name) {

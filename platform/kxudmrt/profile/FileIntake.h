@@ -30,7 +30,8 @@ namespace kxudm::profile {
 
 // The directory of the vault that takes the entity's further files.
 [[nodiscard]] std::string VaultDirectoryOf(Session& session, const EntityState& state);
-// Takes one file into the entity's vault; durable when it returns.
+// Takes one file into the entity's vault; durable when it returns, or in a bulk edit before that is
+// committed.
 [[nodiscard]] store::FileRow TakeInFile(Session& session,
                                         const EntityState& state,
                                         const std::string& path);

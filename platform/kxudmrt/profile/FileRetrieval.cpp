@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <filesystem>
 #include <unordered_set>
 #include <utility>
 
@@ -37,11 +36,14 @@ bool IsSame(const store::FileRow& a, const store::FileRow& b) {
 
 }  // namespace
 
-FileRetrieval::FileRetrieval(Session& session, const std::string& folder, bool overwrite)
-    : _session(session),
-      _files(session.Vaults().Files()),
-      _folder(RequireFolderPath(folder)),
-      _overwrite(overwrite) {}
+FileRetrieval::FileRetrieval(Session& session, bool overwrite)
+    : _session(session), _files(session.Vaults().Files()), _overwrite(overwrite) {}
+
+void FileRetrieval::SetFolder(const std::string& folder) {
+    std::string path = RequireFolderPath(folder);
+    _folder = &_folders[path];
+    _folder->path = std::move(path);
+}
 
 void FileRetrieval::AddOne(const EntityState& state, const std::string& document) {
     Add(RequireDocument(_session, state, document),
@@ -101,17 +103,17 @@ void FileRetrieval::Add(store::FileRow&& file, const std::string& owner) {
     } catch (const UDMException& refusal) {
         throw UDMException(owner + " has a document that can't be retrieved: " + refusal.what());
     }
-    const auto [known, isNew] = _byName.try_emplace(file.name, _pieces.size());
+    const auto [known, isNew] = _folder->byName.try_emplace(file.name, _pieces.size());
     if (isNew) {
-        std::string target = (_folder == "/" ? "" : _folder) + "/" + file.name;
+        std::string target = (_folder->path == "/" ? "" : _folder->path) + "/" + file.name;
         _progress.totalBytes += static_cast<std::uint64_t>(file.size);
-        _pieces.push_back({std::move(file), owner, std::move(target)});
+        _pieces.push_back({std::move(file), owner, _folder, std::move(target)});
         return;
     }
     const Piece& other = _pieces[known->second];
     if (!IsSame(other.file, file)) {
         throw UDMException("Two different documents '" + Printable(file.name) +
-                           "' would meet in the folder '" + Printable(_folder) + "', of " +
+                           "' would meet in the folder '" + Printable(_folder->path) + "', of " +
                            other.owner + " and of " + owner +
                            "; retrieve them into different folders");
     }
@@ -119,7 +121,9 @@ void FileRetrieval::Add(store::FileRow&& file, const std::string& owner) {
 
 void FileRetrieval::Run(kxStlVector<kxString>& paths) {
     _progress.total = _pieces.size();
-    CheckFolder();
+    for (const auto& [path, folder] : _folders) {
+        CheckFolder(folder);
+    }
     for (Piece& piece : _pieces) {
         CheckSource(piece);
     }
@@ -127,7 +131,11 @@ void FileRetrieval::Run(kxStlVector<kxString>& paths) {
         CheckTarget(piece);
     }
     try {
-        WriteAll();
+        if (IsLarge()) {
+            WriteTogether();
+        } else {
+            WriteOneByOne();
+        }
         MoveAll();
     } catch (...) {
         TakeBack();
@@ -138,17 +146,17 @@ void FileRetrieval::Run(kxStlVector<kxString>& paths) {
     }
 }
 
-void FileRetrieval::CheckFolder() {
+void FileRetrieval::CheckFolder(const Folder& folder) {
     FileStatus status;
-    if (!_files.Status(_folder, status) || status.kind == FileKind::Folder) {
+    if (!_files.Status(folder.path, status) || status.kind == FileKind::Folder) {
         return;
     }
     if (status.kind != FileKind::Link) {
-        throw UDMStoreException("'" + Printable(_folder) +
+        throw UDMStoreException("'" + Printable(folder.path) +
                                 "' is no folder; name one to retrieve files into");
     }
     vault::FileHandle followed(_files);
-    _files.OpenFolder(_folder, followed.File());
+    _files.OpenFolder(folder.path, followed.File());
 }
 
 void FileRetrieval::CheckSource(Piece& piece) {
@@ -157,7 +165,8 @@ void FileRetrieval::CheckSource(Piece& piece) {
         RequireUnchanged(_files, piece.file, piece.owner + " has the external " + document);
         return;
     }
-    const vault::Vault& vault = _session.Vaults().In(piece.file.vault);
+    vault::Vault& vault = _session.Vaults().In(piece.file.vault);
+    piece.vault = &vault;
     if (!vault.Holds(piece.file.hash)) {
         throw vault::MissingException("The " + document + " of " + piece.owner +
                                       " is missing: the vault '" + vault.Directory() +
@@ -190,115 +199,14 @@ bool FileRetrieval::IsEqual(const Piece& piece, const FileStatus& target) {
         target.size != static_cast<std::uint64_t>(piece.file.size)) {
         return false;
     }
-    if (!piece.file.IsExternal()) {
-        return _session.Vaults().In(piece.file.vault).IsContent(piece.file.hash, piece.target);
+    if (piece.vault != nullptr) {
+        return piece.vault->IsContent(piece.file.hash, piece.target);
     }
     try {
         return IsEqualFile(_files, piece.file.externalPath, piece.target);
     } catch (const UDMStoreException&) {
         // A link to what is no file.
         return false;
-    }
-}
-
-void FileRetrieval::MakeFolder() {
-    if (std::exchange(_folderReady, true)) {
-        return;
-    }
-    std::vector<std::string> missing;
-    FileStatus status;
-    for (std::filesystem::path path = _folder; !_files.Status(path.string(), status);
-         path = path.parent_path()) {
-        missing.push_back(path.string());
-    }
-    for (; !missing.empty(); missing.pop_back()) {
-        _files.MakeFolder(missing.back());
-        _madeFolders.push_back(missing.back());
-    }
-}
-
-void FileRetrieval::WriteAll() {
-    for (Piece& piece : _pieces) {
-        Begin(piece.target);
-        if (piece.inPlace) {
-            Advance(static_cast<std::uint64_t>(piece.file.size));
-        } else {
-            MakeFolder();
-            Write(piece);
-        }
-        ++_progress.done;
-    }
-    Begin({});
-}
-
-void FileRetrieval::Write(Piece& piece) {
-    try {
-        if (piece.file.IsExternal()) {
-            piece.written = CopyExternal(
-                _files, piece.file, piece.target, [this](std::uint64_t bytes) { Advance(bytes); });
-            return;
-        }
-        vault::RetrieveOptions options;
-        options.modified = piece.file.modified;
-        options.progress = [this](std::uint64_t bytes) {
-            Advance(bytes);
-            return true;
-        };
-        piece.written =
-            _session.Vaults().In(piece.file.vault).Fetch(piece.file.hash, piece.target, options);
-    } catch (const vault::FileError& error) {
-        throw vault::FileError("'" + Printable(piece.target) + "' was not retrieved", error);
-    }
-}
-
-void FileRetrieval::MoveAll() {
-    for (Piece& piece : _pieces) {
-        if (piece.written == nullptr) {
-            continue;
-        }
-        try {
-            if (_overwrite) {
-                piece.written->MoveTo(piece.target);
-            } else if (!piece.written->MoveToNew(piece.target)) {
-                throw vault::FileError(EEXIST, "made", piece.target);
-            }
-        } catch (const vault::FileError& error) {
-            throw vault::FileError("'" + Printable(piece.target) + "' was not retrieved", error);
-        }
-        if (!piece.wasThere) {
-            _madeFiles.push_back(piece.target);
-        }
-    }
-}
-
-void FileRetrieval::TakeBack() noexcept {
-    for (Piece& piece : _pieces) {
-        piece.written.reset();
-    }
-    for (const std::string& file : _madeFiles) {
-        try {
-            _files.Remove(file);
-        } catch (const std::exception&) {
-            // The failure that is on its way says more.
-        }
-    }
-    std::error_code ignored;
-    for (auto folder = _madeFolders.rbegin(); folder != _madeFolders.rend(); ++folder) {
-        std::filesystem::remove(*folder, ignored);
-    }
-}
-
-void FileRetrieval::Begin(const std::string& name) {
-    _progress.name = name;
-    Advance(0);
-}
-
-void FileRetrieval::Advance(std::uint64_t bytes) {
-    _progress.doneBytes = std::min(_progress.doneBytes + bytes, _progress.totalBytes);
-    IUDMProgressListener* const listener = _session.ProgressListener();
-    if (listener != nullptr && !listener->Advance(_progress)) {
-        throw UDMCancelledException("Retrieving files into '" + Printable(_folder) +
-                                    "' was cancelled; it is as it was");
     }
 }
 

@@ -58,15 +58,46 @@ bool NamesContent(const fs::path& path) {
 }  // namespace
 
 vault::Vault& LibraryVaults::In(const std::string& directory) {
-    std::unique_ptr<vault::Vault>& found = _vaults[directory];
-    if (found == nullptr) {
-        if (!directory.empty()) {
-            CheckDirectory(directory);
-        }
-        found = std::make_unique<vault::Vault>(
-            _baseDirectory + "/" + (directory.empty() ? COMMON : directory), _files);
+    Used& used = Find(directory);
+    if (used.awaiting) {
+        used.awaiting->Commit();
     }
-    return *found;
+    return used.vault;
+}
+
+vault::Stored LibraryVaults::TakeInLater(const std::string& directory, const std::string& path) {
+    Used& used = Find(directory);
+    if (!used.awaiting) {
+        used.awaiting.emplace(used.vault);
+    }
+    return used.awaiting->Add(path);
+}
+
+void LibraryVaults::Settle() {
+    for (const auto& [directory, used] : _vaults) {
+        if (used->awaiting) {
+            used->awaiting->Commit();
+        }
+    }
+}
+
+void LibraryVaults::Forget() noexcept {
+    for (const auto& [directory, used] : _vaults) {
+        used->awaiting.reset();
+    }
+}
+
+LibraryVaults::Used& LibraryVaults::Find(const std::string& directory) {
+    const auto found = _vaults.find(directory);
+    if (found != _vaults.end()) {
+        return *found->second;
+    }
+    if (!directory.empty()) {
+        CheckDirectory(directory);
+    }
+    auto used = std::make_unique<Used>(
+        _baseDirectory + "/" + (directory.empty() ? COMMON : directory), _files);
+    return *_vaults.emplace(directory, std::move(used)).first->second;
 }
 
 std::string LibraryVaults::DirectoryOf(const std::string& path) const {

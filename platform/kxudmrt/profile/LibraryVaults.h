@@ -7,6 +7,7 @@
 
 #include <map>
 #include <memory>
+#include <optional>
 #include <string>
 
 #include "vault/Vault.h"
@@ -21,7 +22,18 @@ class LibraryVaults {
 
     // The vault in a directory below the base directory, "" for the common one: as rows name it.
     // Throws UDMException for a directory that leads anywhere else, for rows may come from anybody.
+    // What awaits Settle there is settled first, so that whoever looks finds every content.
     vault::Vault& In(const std::string& directory);
+
+    // Takes a file into a vault together with others: it is safe only after Settle, which flushes
+    // all of them at once. Its row must not be committed before.
+    [[nodiscard]] vault::Stored TakeInLater(const std::string& directory, const std::string& path);
+    // After a failure the contents of the group are lost; it fails again, and so does In, until
+    // Forget.
+    void Settle();
+    // Ends the group; what was not settled is removed.
+    void Forget() noexcept;
+
     // How rows name the vault in the directory with this path. Throws UDMException unless it lies
     // below the base directory and outside of the common vault; the base directory itself stands
     // for the common one.
@@ -32,9 +44,18 @@ class LibraryVaults {
     [[nodiscard]] vault::FileLayer& Files() const { return _files; }
 
   private:
+    struct Used {
+        explicit Used(std::string directory, vault::FileLayer& files)
+            : vault(std::move(directory), files) {}
+        vault::Vault vault;
+        std::optional<vault::Batch> awaiting = std::nullopt;
+    };
+
+    Used& Find(const std::string& directory);
+
     const std::string _baseDirectory;
     vault::FileLayer& _files;
-    std::map<std::string, std::unique_ptr<vault::Vault>> _vaults;
+    std::map<std::string, std::unique_ptr<Used>> _vaults;
 };
 
 }  // namespace kxudm::profile

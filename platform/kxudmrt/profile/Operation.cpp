@@ -184,10 +184,12 @@ void Session::CommitBulk() {
     std::exception_ptr failure;
     try {
         changes = std::move(_bulk->changes);
+        _vaults.Settle();
         const std::int64_t last = WriteJournal(changes, Now());
         _bulk->transaction.Commit();
         std::vector<std::function<void()>> deeds = std::move(_bulk->deeds);
         _bulk.reset();
+        _vaults.Forget();
         failure = RunDeeds(std::move(deeds));
         _seen = last;
     } catch (...) {
@@ -206,6 +208,7 @@ void Session::RollbackBulk() noexcept {
         return;
     }
     _bulk.reset();
+    _vaults.Forget();
     // Whatever the states took over meanwhile did not happen.
     _states.ForEach([](EntityState& state) {
         state.SetNewest(false);

@@ -6,6 +6,7 @@
 
 #include <kxudm/IUDMProfile.h>
 #include <kxudm/spi/IBulkEdit.h>
+#include <kxudm/spi/IBulkRetrieval.h>
 #include <kxudm/spi/IMaintenance.h>
 #include <kxudm/spi/IProgressSource.h>
 
@@ -16,6 +17,7 @@ namespace kxudm::profile {
 
 class Profile final : public IUDMProfile,
                       public spi::IBulkEdit,
+                      public spi::IBulkRetrieval,
                       public spi::IMaintenance,
                       public spi::IProgressSource {
   public:
@@ -161,6 +163,9 @@ class Profile final : public IUDMProfile,
                                const bool& overwrite,
                                const bool& withChildren,
                                kxStlVector<kxString>& paths) override;
+    void RetrieveBulk(const std::vector<UDMRetrieved>& wanted,
+                      bool overwrite,
+                      kxStlVector<kxString>& paths) override;
     void SetVault(const UDMItemHandle& handle, const kxString& directory) override;
 
     // Bulk import: ProfileImport.cpp

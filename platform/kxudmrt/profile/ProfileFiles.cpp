@@ -202,7 +202,8 @@ void Profile::RetrieveFilesToPath(const UDMItemHandle& handle,
                                   const kxString& document) {
     _session->Poll("RetrieveFilesToPath");
     const Session::State state = _session->Resolve(handle);
-    FileRetrieval retrieval(*_session, folder, false);
+    FileRetrieval retrieval(*_session, false);
+    retrieval.SetFolder(folder);
     if (document.empty()) {
         retrieval.AddAll(*state, false);
     } else {
@@ -218,8 +219,23 @@ void Profile::RetrieveFilesToFolder(const UDMItemHandle& handle,
                                     kxStlVector<kxString>& paths) {
     _session->Poll("RetrieveFilesToFolder");
     const Session::State state = _session->Resolve(handle);
-    FileRetrieval retrieval(*_session, folder, overwrite);
+    FileRetrieval retrieval(*_session, overwrite);
+    retrieval.SetFolder(folder);
     retrieval.AddAll(*state, withChildren);
+    retrieval.Run(paths);
+}
+
+void Profile::RetrieveBulk(const std::vector<UDMRetrieved>& wanted,
+                           bool overwrite,
+                           kxStlVector<kxString>& paths) {
+    _session->Poll("RetrieveBulk");
+    FileRetrieval retrieval(*_session, overwrite);
+    _session->Store().View([&] {
+        for (const UDMRetrieved& each : wanted) {
+            retrieval.SetFolder(each.folder);
+            retrieval.AddAll(*_session->Resolve(each.handle), each.withChildren);
+        }
+    });
     retrieval.Run(paths);
 }
 

@@ -87,6 +87,7 @@ void Session::Close() noexcept {
     _link->session = nullptr;
     peers::Leave(*this);
     _bulk.reset();
+    _vaults.Forget();
     _store.reset();
     try {
         _slots.Queue(UDMProfileUpdate::OfSession(_id));

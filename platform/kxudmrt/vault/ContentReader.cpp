@@ -25,6 +25,17 @@ ContentReader::ContentReader(FileLayer& files,
     memory_->decompressor_.Begin();
 }
 
+ContentReader::~ContentReader() {
+    if (beside_) {
+        memory_->hash_.Stop();
+    }
+}
+
+void ContentReader::HashBeside() {
+    beside_ = true;
+    memory_->hash_.GoBeside();
+}
+
 std::size_t ContentReader::Read(char* bytes, std::size_t size) {
     if (proven_ || size == 0) {
         return 0;

@@ -12,7 +12,7 @@
 
 #include "vault/Compression.h"
 #include "vault/FileLayer.h"
-#include "vault/Sha256.h"
+#include "vault/SideHash.h"
 
 namespace kxudm::vault {
 
@@ -29,7 +29,7 @@ class ReaderMemory {
 
   private:
     friend class ContentReader;
-    Sha256 hash_;
+    SideHash hash_;
     Decompressor decompressor_;
     std::unique_ptr<char[]> input_;
 };
@@ -43,6 +43,15 @@ class ContentReader {
                   std::string hash,
                   bool compressed,
                   std::shared_ptr<ReaderMemory> memory);
+
+    // Ends what HashBeside began.
+    ~ContentReader();
+    ContentReader(const ContentReader&) = delete;
+    ContentReader& operator=(const ContentReader&) = delete;
+
+    // From now on another thread hashes what Read gives: the bytes stay as they are until the next
+    // Read has returned, so the caller uses two buffers by turns.
+    void HashBeside();
 
     // The next bytes, at least one; 0 at the end, then and only then is the content proven. Throws
     // DamagedException as soon as it is found to be something else.
@@ -63,6 +72,7 @@ class ContentReader {
     std::string_view input_ = {};
     bool inputEnded_ = false;
     bool proven_ = false;
+    bool beside_ = false;
 };
 
 }  // namespace kxudm::vault

@@ -1,6 +1,7 @@
 #include "vault/Intake.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "vault/DocumentName.h"
 
@@ -9,6 +10,9 @@ namespace {
 
 // Enough to tell text from anything else.
 constexpr std::size_t kTextSample = std::size_t{64} << 10;
+
+// From this size on a thread for the hash is worth its start.
+constexpr std::uint64_t kLarge = std::uint64_t{4} << 20;
 
 bool IsTextByte(char c) {
     const auto byte = static_cast<unsigned char>(c);
@@ -64,11 +68,11 @@ Incoming Intake::TakeIn(const std::string& path,
 }
 
 char* Intake::Block() {
-    if (block_ == nullptr) {
-        block_ = std::make_unique_for_overwrite<char[]>(kBlock);
+    if (blocks_ == nullptr) {
+        blocks_ = std::make_unique_for_overwrite<char[]>(2 * kBlock);
         compressor_ = std::make_unique<Compressor>();
     }
-    return block_.get();
+    return blocks_.get();
 }
 
 // The content is in memory, so its hash is known before anything is written.
@@ -104,8 +108,13 @@ void Intake::TakeLarge(Pass& pass, std::string_view beginning) {
     if (stored.compressed) {
         compressor_->Begin(stored.size);
     }
+    if (stored.size >= kLarge) {
+        hash_.GoBeside();
+    }
+    char* block = Block();
+    char* other = block + kBlock;
     for (std::string_view bytes = beginning; !bytes.empty();
-         bytes = {Block(), pass.source.Fill(Block(), kBlock)}) {
+         bytes = {block, pass.source.Fill(block, kBlock)}) {
         hash_.Update(bytes.data(), bytes.size());
         if (stored.compressed) {
             compressor_->Put(bytes, write);
@@ -113,6 +122,7 @@ void Intake::TakeLarge(Pass& pass, std::string_view beginning) {
             write(bytes.data(), bytes.size());
         }
         pass.Advance(bytes.size());
+        std::swap(block, other);
     }
     pass.source.CheckUnchanged();
     if (stored.compressed) {

@@ -1,5 +1,6 @@
 // Reads a file once, and in that pass hashes it, looks what it is, and writes it, compressed where
 // that pays, under a temporary name into the vault. Memory does not depend on the file's size.
+// A large file is hashed by a second thread while it is read and written; it ends with the call.
 //
 // Layer: vault, inside. One thread at a time.
 #ifndef KXUDMRT_VAULT_INTAKE_H
@@ -10,7 +11,7 @@
 
 #include "vault/Compression.h"
 #include "vault/Layout.h"
-#include "vault/Sha256.h"
+#include "vault/SideHash.h"
 #include "vault/SourceFile.h"
 #include "vault/Stored.h"
 
@@ -46,10 +47,11 @@ class Intake {
     [[nodiscard]] char* Block();
 
     Layout& layout_;
-    Sha256 hash_;
-    // Made with the first file: a vault that is only read needs neither.
-    std::unique_ptr<char[]> block_;
+    // Made with the first file: a vault that is only read needs none of it.
+    std::unique_ptr<char[]> blocks_;  // two
     std::unique_ptr<Compressor> compressor_;
+    // Ends first: it may be reading a block.
+    SideHash hash_;
 };
 
 }  // namespace kxudm::vault

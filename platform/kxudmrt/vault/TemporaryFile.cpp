@@ -6,6 +6,14 @@
 
 namespace kxudm::vault {
 
+std::string FolderOf(const std::string& path) {
+    const std::size_t slash = path.rfind('/');
+    if (slash == std::string::npos) {
+        return ".";
+    }
+    return slash == 0 ? "/" : path.substr(0, slash);
+}
+
 TemporaryFile::TemporaryFile(FileLayer& files, const std::string& folder, unsigned mode)
     : files_(files), path_(folder + "/" + NewTemporaryName()), handle_(files) {
     files_.Create(path_, mode, handle_.File());

@@ -10,6 +10,9 @@
 
 namespace kxudm::vault {
 
+// The folder that a file with this path lies in: "." for a name, "/" at the top.
+[[nodiscard]] std::string FolderOf(const std::string& path);
+
 class TemporaryFile {
   public:
     // Makes the file in `folder`, which must be there (ENOENT). `mode` as of open(2). The layer is

@@ -9,17 +9,6 @@
 namespace kxudm::vault {
 namespace {
 
-// What umask leaves of it is how a new file of the user's looks.
-constexpr unsigned kUserFile = 0666;
-
-std::string FolderOf(const std::string& path) {
-    const std::size_t slash = path.rfind('/');
-    if (slash == std::string::npos) {
-        return ".";
-    }
-    return slash == 0 ? "/" : path.substr(0, slash);
-}
-
 // Where a text that was cut ends, so that its last character is whole. Texts in other encodings
 // lose at most three bytes.
 std::size_t WholeCharacters(const std::string& text) {
@@ -93,14 +82,6 @@ std::unique_ptr<ContentReader> Vault::OpenWith(std::shared_ptr<ReaderMemory> mem
         layout_.Files(), entry.path, hash, entry.compressed, std::move(memory));
 }
 
-char* Vault::Block() {
-    if (block_ == nullptr) {
-        block_ = std::make_unique_for_overwrite<char[]>(kBlock);
-        memory_ = std::make_shared<ReaderMemory>();
-    }
-    return block_.get();
-}
-
 bool Vault::Retrieve(const std::string& hash,
                      const std::string& target,
                      const RetrieveOptions& options) {
@@ -143,8 +124,9 @@ bool Vault::IsContent(const std::string& hash, const std::string& path) {
         return false;
     }
     Sha256 found;
-    while (const std::size_t count = layout_.Files().Read(handle.File(), Block(), kBlock)) {
-        found.Update(Block(), count);
+    while (const std::size_t count =
+               layout_.Files().Read(handle.File(), fetcher_.Block(), kBlock)) {
+        found.Update(fetcher_.Block(), count);
     }
     return found.Finish() == hash;
 }
@@ -152,26 +134,7 @@ bool Vault::IsContent(const std::string& hash, const std::string& path) {
 std::unique_ptr<TemporaryFile> Vault::Fetch(const std::string& hash,
                                             const std::string& target,
                                             const RetrieveOptions& options) {
-    CheckHash(hash);
-    char* const block = Block();
-    const auto content = OpenWith(memory_, hash);
-    std::size_t count = content->Read(block, kBlock);
-    auto file = std::make_unique<TemporaryFile>(layout_.Files(), FolderOf(target), kUserFile);
-    for (; count > 0; count = content->Read(block, kBlock)) {
-        file->Write(block, count);
-        if (options.progress && !options.progress(count)) {
-            throw StoppedException("Retrieving '" + Printable(target) +
-                                   "' was stopped; it is as it was");
-        }
-    }
-    if (options.modified) {
-        file->SetModified(*options.modified);
-    }
-    if (options.flush) {
-        file->Flush();
-    }
-    file->Close();
-    return file;
+    return fetcher_.Fetch(*this, hash, target, options);
 }
 
 void Vault::CopyOut(const std::string& hash,
@@ -189,8 +152,8 @@ void Vault::CopyOut(const std::string& hash,
 }
 
 std::string Vault::ReadText(const std::string& hash, std::size_t limit) {
-    char* const block = Block();
-    const auto content = OpenWith(memory_, hash);
+    char* const block = fetcher_.Block();
+    const auto content = OpenWith(fetcher_.Memory(), hash);
     std::string text;
     // Reads on to the end where the limit is met exactly, so that what is whole is proven.
     bool more = true;
@@ -207,10 +170,10 @@ std::string Vault::ReadText(const std::string& hash, std::size_t limit) {
 }
 
 Finding Vault::Verify(const std::string& hash) {
-    char* const block = Block();
+    char* const block = fetcher_.Block();
     CheckHash(hash);
     try {
-        const auto content = OpenWith(memory_, hash);
+        const auto content = OpenWith(fetcher_.Memory(), hash);
         while (content->Read(block, kBlock) > 0) {
         }
         return {};

@@ -23,10 +23,11 @@
 //     batch.Commit();
 //     ...commit the rows...
 //
-// Layer: vault. A vault is used by one thread at a time; any number of vaults, processes and
-// machines may use one directory. Memory is a few MiB, whatever the files' sizes. Failures are
-// UDMStoreException (FileError where the machine refused something, DamagedException where stored
-// bytes are wrong, MissingException where there are none) and leave nothing half done.
+// Layer: vault. A vault is used by one thread at a time, apart from what Fetcher.h allows; any
+// number of vaults, processes and machines may use one directory. Memory is a few MiB, whatever the
+// files' sizes. Failures are UDMStoreException (FileError where the machine refused something,
+// DamagedException where stored bytes are wrong, MissingException where there are none) and leave
+// nothing half done.
 #ifndef KXUDMRT_VAULT_VAULT_H
 #define KXUDMRT_VAULT_VAULT_H
 
@@ -38,6 +39,7 @@
 
 #include "core/Clock.h"
 #include "vault/ContentReader.h"
+#include "vault/Fetcher.h"
 #include "vault/FileLayer.h"
 #include "vault/Intake.h"
 #include "vault/Layout.h"
@@ -129,17 +131,16 @@ class Vault {
 
   private:
     friend class Batch;
+    friend class Fetcher;
 
     void CheckTarget(const std::string& target) const;
     void CopyOut(const std::string& hash, const std::string& target, const RetrieveOptions&);
     [[nodiscard]] std::unique_ptr<ContentReader> OpenWith(std::shared_ptr<ReaderMemory>,
                                                           const std::string& hash) const;
-    [[nodiscard]] char* Block();
 
     Layout layout_;
     Intake intake_;
-    std::shared_ptr<ReaderMemory> memory_;
-    std::unique_ptr<char[]> block_;
+    Fetcher fetcher_;
 };
 
 // Files that become durable together, by one flush of the vault's file system before and one after

@@ -247,6 +247,28 @@ std::vector<Deed> Deeds() {
          },
          false,
          true},
+        {"edit_files_in_bulk",
+         [](World& world) {
+             std::filesystem::copy_file(world.Source("rib.dat"),
+                                        world.Out() + "/rib.inp",
+                                        std::filesystem::copy_options::overwrite_existing);
+             UDMBulkEdit edit(world.Session());
+             world.Profile().ReAddFile(world.Named("Rib"), world.Out() + "/rib.inp", false, false);
+             world.Profile()
+                 .BeginAddFile(world.Named("Rib"))
+                 .setFilePath(world.Source("spar.dat"))
+                 .go();
+             world.Profile().PersistEntity(world.Named("Rib"), "first", false, true, true);
+             edit.Commit();
+         },
+         [](World& world) {
+             EXPECT_FALSE(world.Named("Rib").IsEditable());
+             EXPECT_THAT(world.Documents(world.Named("Rib")),
+                         ElementsAre("rib.inp=" + Deck("rib.dat", world),
+                                     "spar.dat=" + Deck("spar.dat", world)));
+         },
+         false,
+         true},
         {"set_a_vault",
          [](World& world) {
              world.Profile().SetVault(world.Named("Rib"), world.Base() + "/other");

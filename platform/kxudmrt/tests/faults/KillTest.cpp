@@ -1,6 +1,6 @@
-// A process is killed at random moments while it imports folders and publishes contents. What it
-// reported as done is there afterwards, and nothing is wrong with the library apart from contents
-// in the vault that no row names, which a purge takes away.
+// A process is killed at random moments while it imports folders, publishes contents, and replaces
+// files in bulk edits. What it reported as done is there afterwards, and nothing is wrong with the
+// library apart from contents in the vault that no row names, which a purge takes away.
 //
 // KXUDM_KILLS sets how often, KXUDM_SEED the moments.
 #include <kxudm/UDMMaintenance.h>
@@ -35,6 +35,11 @@ std::string FileName(int number) {
     return "part" + std::to_string(number) + ".stp";
 }
 
+// Where a round keeps the files that replace others.
+std::string NewerOf(const std::string& sources) {
+    return sources + "-newer";
+}
+
 // Every library has the same files, and each round its own versions of them.
 void WriteSources(const std::string& folder, int round) {
     std::filesystem::create_directories(folder);
@@ -56,6 +61,23 @@ UDMItemHandle ContentIn(IUDMProfile& profile, const std::string& folder, int num
     return contents.front();
 }
 
+// One bulk edit gives all of them their files back and publishes, then replaces these and
+// publishes.
+void EditInBulk(const ProfilePtr& profile, const Names& bases, const std::string& sources) {
+    UDMBulkEdit edit(profile);
+    for (std::size_t number = 0; number < bases.size(); ++number) {
+        const kxString& base = bases[number];
+        const std::string name = "/" + FileName(static_cast<int>(number));
+        profile->Checkout(profile->GetEntity(base), "next");
+        profile->BeginAddFile(profile->GetEntity(base)).setFilePath(sources + name).go();
+        profile->PersistEntity(profile->GetEntity(base), "third", false, true, true);
+        profile->Checkout(profile->GetEntity(base), "next");
+        profile->ReAddFile(profile->GetEntity(base), NewerOf(sources) + name, false, false);
+        profile->PersistEntity(profile->GetEntity(base), "fourth", false, true, true);
+    }
+    edit.Commit();
+}
+
 // What the process does until it is killed. Each line is written once its work is done.
 void Work(Library& library, const std::string& sources, int round, int out) {
     const ProfilePtr profile = library.Open();
@@ -65,6 +87,7 @@ void Work(Library& library, const std::string& sources, int round, int out) {
         profile->AddFoldersAndFiles({sources}, {}, name, {{"definition", "Part"}});
         WriteLine(out, "imported " + name);
         const std::string folder = name + "/" + std::filesystem::path(sources).filename().string();
+        Names bases;
         for (int number = 0; number < FILES; ++number) {
             const kxString uid = ContentIn(*profile, folder, number).GetUID();
             const kxString base = uid.substr(0, uid.find(':'));
@@ -75,6 +98,13 @@ void Work(Library& library, const std::string& sources, int round, int out) {
             profile->RemoveFile(profile->GetEntity(base), FileName(number));
             profile->PersistEntity(profile->GetEntity(base), "second", false, true, true);
             WriteLine(out, "published " + base + " 2 " + std::to_string(number));
+            bases.push_back(base);
+        }
+        EditInBulk(profile, bases, sources);
+        for (int number = 0; number < FILES; ++number) {
+            const std::string& base = bases[static_cast<std::size_t>(number)];
+            WriteLine(out, "published " + base + " 3 " + std::to_string(number));
+            WriteLine(out, "published " + base + " 4 " + std::to_string(number));
         }
     }
 }
@@ -109,9 +139,10 @@ void ExpectDone(IUDMProfile& profile,
         const UDMItemHandle handle =
             profile.GetEntity(kxString(subject + ":" + std::to_string(revision)));
         EXPECT_FALSE(handle.IsEditable());
-        if (revision == 1) {
+        if (revision != 2) {
+            const std::string folder = revision == 4 ? NewerOf(sources) : sources;
             EXPECT_EQ(ContentOf(profile, handle, out),
-                      vault::ReadFile(sources + "/" + FileName(number)));
+                      vault::ReadFile(folder + "/" + FileName(number)));
         } else {
             EXPECT_EQ(handle.GetAttributeValue("count").GetInteger(), number);
         }
@@ -143,10 +174,11 @@ Names LinesOf(Child& child) {
 
 // How long the work takes up to its first publications, on this machine as it is now.
 std::chrono::microseconds TimeOfWork() {
-    constexpr int LINES = 6;
+    constexpr int LINES = 1 + 4 * FILES;
     Library library;
     const std::string sources = library.Folder().File("in");
     WriteSources(sources, 0);
+    WriteSources(NewerOf(sources), 1);
     Child child([&](int to) { Work(library, sources, 0, to); });
     child.Go();
     child.Line();
@@ -166,6 +198,8 @@ void KillOften(long kills, std::chrono::microseconds time, std::mt19937& random)
     for (int round = 0; round < kills; ++round) {
         const std::string sources = library.Folder().File("in" + std::to_string(round));
         WriteSources(sources, round);
+        // Of no other round.
+        WriteSources(NewerOf(sources), 100000 + round);
         Names lines;
         {
             Child child([&](int to) { Work(library, sources, round, to); });

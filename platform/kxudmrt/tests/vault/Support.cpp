@@ -165,6 +165,7 @@ std::string AsNobody(const std::function<std::string()>& call) {
 }
 
 FileLayer& MeddlingLayer::Hear(const char* call, const std::string& path) {
+    const std::lock_guard<std::mutex> lock(mutex_);
     if (before) {
         before(call, path);
     }

@@ -3,6 +3,7 @@
 #define KXUDMRT_TESTS_VAULT_SUPPORT_H
 
 #include <functional>
+#include <mutex>
 #include <string>
 #include <vector>
 
@@ -79,6 +80,9 @@ class MeddlingLayer : public FileLayer {
 
   private:
     FileLayer& Hear(const char* call, const std::string& path);
+
+    // Several threads may call; `before` hears of one after the other.
+    std::mutex mutex_;
 };
 
 }  // namespace kxudm::vault
