@@ -1,7 +1,6 @@
 // What a view shows after each answer of a manager, drawn as an indented tree.
-#include <algorithm>
-
 #include "tests/items/StructureFixture.h"
+#include "tests/items/TreeView.h"
 
 namespace kxct::test {
 namespace {
@@ -10,82 +9,6 @@ using mock::IsHandle;
 using mock::NewHandle;
 using ::testing::_;
 using ::testing::Return;
-
-// A view that does what GetStructure tells it, and fails where it is told the impossible.
-class TreeView {
-  public:
-    void Show(const Items& items) {
-        for (Item* item : items) {
-            if (!IsShown(item)) {
-                _items.push_back(item);
-            }
-        }
-    }
-
-    void Apply(const Items& newItems,
-               const Items& deletedItems,
-               const ItemManager::RelationList& newRelations,
-               const ItemManager::RelationList& deletedRelations) {
-        for (const auto& relation : deletedRelations) {
-            const auto found = std::find(_relations.begin(), _relations.end(), relation);
-            ASSERT_NE(found, _relations.end()) << "no such relation to delete";
-            _relations.erase(found);
-        }
-        Show(newItems);
-        for (const auto& [parent, child] : newRelations) {
-            ASSERT_TRUE(IsShown(parent)) << "the parent was never created";
-            ASSERT_TRUE(IsShown(child)) << "the child was never created";
-            _relations.push_back({parent, child});
-        }
-        for (Item* item : deletedItems) {
-            ASSERT_TRUE(IsShown(item)) << "deleted without having been created";
-            ASSERT_FALSE(HasParent(item)) << "deleted while it is shown";
-            std::erase(_items, item);
-        }
-    }
-
-    // From what nothing stands above, in the order of creation.
-    std::string Draw() const {
-        std::string text = "\n";
-        for (Item* item : _items) {
-            if (!HasParent(item)) {
-                Draw(item, 0, text);
-            }
-        }
-        return text;
-    }
-
-  private:
-    bool IsShown(Item* item) const {
-        return std::find(_items.begin(), _items.end(), item) != _items.end();
-    }
-    bool HasParent(Item* item) const {
-        return std::any_of(_relations.begin(), _relations.end(), [item](const auto& relation) {
-            return relation.second == item;
-        });
-    }
-    static std::string Line(Item* item) {
-        if (item->IsA() == "GhostItem") {
-            return "...";
-        }
-        if (item->IsA() == "NoRevItem") {
-            return "all of " + item->GetUID();
-        }
-        return item->IsA() == "ViewItem" ? "[" + item->GetDisplayName() + "]"
-                                         : std::string(item->GetDisplayName());
-    }
-    void Draw(Item* item, std::size_t depth, std::string& text) const {
-        text += std::string(depth * 2, ' ') + Line(item) + "\n";
-        for (const auto& [parent, child] : _relations) {
-            if (parent == item) {
-                Draw(child, depth + 1, text);
-            }
-        }
-    }
-
-    Items _items;
-    ItemManager::RelationList _relations;
-};
 
 // A machine with two groups, "parts" and "files". Its frame has two parts of its own.
 class StructureTrees : public Structure {
@@ -269,6 +192,36 @@ all of frame
     beam
     bolt
 )");
+}
+
+TEST_F(StructureTrees, TenThousandLevelsOfContentsAreWalkedToTheirEnd) {
+    constexpr int depth = 10000;
+    hideMap = ChildFilterMap({{"UDMPart", {"parts"}}});
+    ON_CALL(*profile, GetChildren)
+        .WillByDefault([](Handles& out, const kxudm::UDMItemHandle& parent, auto&&...) {
+            const int level = std::stoi(parent.GetUID());
+            if (level + 1 < depth) {
+                out.push_back(Part(std::to_string(level + 1) + ":1"));
+            }
+        });
+    Item* const top = ItemOf("0:1");
+    manager->GetStructure({top},
+                          filters,
+                          newItems,
+                          deletedItems,
+                          newRelations,
+                          deletedRelations,
+                          hideMap,
+                          filterMap,
+                          more,
+                          true,
+                          false);
+    ASSERT_EQ(newItems.size(), depth - 1U);
+    EXPECT_EQ(newItems.back()->GetUID(), std::to_string(depth - 1) + ":1");
+    EXPECT_EQ(newRelations.front(), std::pair(top, newItems.front()));
+    Items cached;
+    EXPECT_EQ(manager->GetAllItemsInCache(cached), depth + 0U);
+    manager->ClearCache();
 }
 
 TEST_F(StructureTrees, ComputingAStructureRaisesNoSignal) {
