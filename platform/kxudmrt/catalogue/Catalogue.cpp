@@ -3,6 +3,7 @@
 #include <kxudm/UDMException.h>
 
 #include <algorithm>
+#include <unordered_set>
 #include <utility>
 
 #include "catalogue/Located.h"
@@ -281,16 +282,53 @@ kxStlVector<kxString> Catalogue::GroupNames(const kxString& definition,
 
 std::shared_ptr<const Catalogue> Catalogue::WithDefinition(
     const DefinitionDeclaration& declaration) const {
-    std::vector<LocatedDeclaration> declarations;
-    declarations.reserve(_definitions.size() + 1);
-    bool replaced = false;
+    return WithDefinitions({declaration});
+}
+
+std::shared_ptr<const Catalogue> Catalogue::WithDefinitions(
+    const std::vector<DefinitionDeclaration>& declarations) const {
+    std::vector<LocatedDeclaration> all;
+    std::unordered_map<std::string_view, std::size_t> places;
     for (const auto& definition : _definitions) {
-        const bool same = definition->Name() == declaration.name;
-        replaced = replaced || same;
-        declarations.emplace_back().declaration = same ? declaration : definition->Declaration();
+        places.emplace(definition->Name(), all.size());
+        all.emplace_back().declaration = definition->Declaration();
     }
-    if (!replaced) {
-        declarations.emplace_back().declaration = declaration;
+    for (const DefinitionDeclaration& declaration : declarations) {
+        const auto [place, added] = places.emplace(declaration.name, all.size());
+        (added ? all.emplace_back() : all[place->second]).declaration = declaration;
+    }
+    return Make(std::move(all));
+}
+
+std::shared_ptr<const Catalogue> Catalogue::Needed(const std::vector<std::string>& names) const {
+    std::vector<const ContentDefinition*> needed;
+    std::unordered_set<const ContentDefinition*> known;
+    const auto need = [&](const ContentDefinition* definition) {
+        if (known.insert(definition).second) {
+            needed.push_back(definition);
+        }
+    };
+    for (const std::string& name : names) {
+        need(&Get(name));
+    }
+    for (std::size_t i = 0; i < needed.size(); ++i) {
+        const ContentDefinition* const definition = needed[i];
+        if (definition->Base() != nullptr) {
+            need(definition->Base());
+        }
+        for (const GroupDefinition& group : definition->Declaration().groups) {
+            for (const kxString& child : group.allowedChildren) {
+                need(&Get(child));
+            }
+        }
+    }
+    std::sort(needed.begin(), needed.end(), [](const auto* a, const auto* b) {
+        return std::pair(a->Depth(), std::string_view(a->Name())) <
+               std::pair(b->Depth(), std::string_view(b->Name()));
+    });
+    std::vector<LocatedDeclaration> declarations;
+    for (const ContentDefinition* definition : needed) {
+        declarations.emplace_back().declaration = definition->Declaration();
     }
     return Make(std::move(declarations));
 }

@@ -81,6 +81,15 @@ class Catalogue {
     // others if there is none. Throws UDMException if the whole would have an error.
     std::shared_ptr<const Catalogue> WithDefinition(const DefinitionDeclaration& declaration) const;
 
+    // The same for several, which may need each other.
+    std::shared_ptr<const Catalogue> WithDefinitions(
+        const std::vector<DefinitionDeclaration>& declarations) const;
+
+    // Only these definitions, and those that they need: bases, and what groups allow. In an order
+    // that doesn't depend on this catalogue's: by their number of bases, then by name. Throws
+    // UDMNotFoundException for an unknown name.
+    std::shared_ptr<const Catalogue> Needed(const std::vector<std::string>& names) const;
+
     // Equal definitions in equal order.
     bool operator==(const Catalogue& other) const;
 

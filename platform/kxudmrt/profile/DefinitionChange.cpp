@@ -237,6 +237,8 @@ class Step {
     const ContentDefinition& _is;
 };
 
+}  // namespace
+
 void BringInLine(store::LibraryStore& store,
                  const Catalogue& before,
                  const Catalogue& after,
@@ -252,8 +254,6 @@ void BringInLine(store::LibraryStore& store,
         step.Rewrite(rewrite);
     }
 }
-
-}  // namespace
 
 bool ChangeCatalogue(Session& session,
                      const char* name,

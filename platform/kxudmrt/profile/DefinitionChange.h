@@ -31,6 +31,13 @@ bool ChangeCatalogue(Session& session,
                      bool rewrite,
                      const std::function<CataloguePtr(const catalogue::Catalogue&)>& make);
 
+// Brings what is stored in line with a new catalogue, inside of an operation; part of
+// ChangeCatalogue, for operations that change more than that.
+void BringInLine(store::LibraryStore& store,
+                 const catalogue::Catalogue& before,
+                 const catalogue::Catalogue& after,
+                 bool rewrite);
+
 // Turns the stored attributes of a revision into what its definition, which may have changed since,
 // shows of them: without hidden ones, with the defaults of those that it never had a value of.
 void ShowThrough(const catalogue::ContentDefinition& definition, store::AttributeList& attributes);

@@ -7,6 +7,7 @@
 #include <kxudm/IUDMProfile.h>
 #include <kxudm/spi/IBulkEdit.h>
 #include <kxudm/spi/IBulkRetrieval.h>
+#include <kxudm/spi/IExchange.h>
 #include <kxudm/spi/IMaintenance.h>
 #include <kxudm/spi/IProgressSource.h>
 
@@ -18,6 +19,7 @@ namespace kxudm::profile {
 class Profile final : public IUDMProfile,
                       public spi::IBulkEdit,
                       public spi::IBulkRetrieval,
+                      public spi::IExchange,
                       public spi::IMaintenance,
                       public spi::IProgressSource {
   public:
@@ -174,15 +176,13 @@ class Profile final : public IUDMProfile,
                            const kxString& root,
                            const kxStlMap<kxString, kxString>& options) override;
 
-    // What this version doesn't offer yet: ProfileUnsupported.cpp
+    // Archives: ProfileExchange.cpp
     void Export(const kxString& path, const kxStlVector<kxString>& uids, int scope) override;
     void Import(const kxString& path) override;
+    UDMImportReport ImportArchive(const kxString& path) override;
 
   private:
     boost::shared_ptr<Session> _session;
 };
-
-// Throws UDMNotSupportedException that names the operation.
-[[noreturn]] void ThrowNotOffered(const char* operation);
 
 }  // namespace kxudm::profile

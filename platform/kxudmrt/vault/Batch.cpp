@@ -16,24 +16,51 @@ void Batch::CheckUsable() const {
     }
 }
 
+// Before the first byte is written: a flush reports only what failed since then.
+void Batch::OpenDirectory() {
+    if (directory_.File().descriptor < 0) {
+        vault_.layout_.OpenDirectory(directory_.File());
+    }
+}
+
+Stored Batch::Keep(Incoming&& incoming) {
+    const Stored stored = incoming.stored;
+    if (incoming.file != nullptr) {
+        incoming.file->Close();
+        pending_.push_back(std::move(incoming));
+    }
+    expected_.emplace(stored.hash, stored);
+    return stored;
+}
+
 Stored Batch::Add(const std::string& path, const AddOptions& options) {
     CheckUsable();
     try {
-        // Opened before the first byte is written: a flush reports only what failed since then.
-        if (directory_.File().descriptor < 0) {
-            vault_.layout_.OpenDirectory(directory_.File());
-        }
-        Incoming incoming = vault_.intake_.TakeIn(path, options, &expected_);
-        const Stored stored = incoming.stored;
-        if (incoming.file != nullptr) {
-            incoming.file->Close();
-            pending_.push_back(std::move(incoming));
-        }
-        expected_.emplace(stored.hash, stored);
-        return stored;
+        OpenDirectory();
+        return Keep(vault_.intake_.TakeIn(path, options, &expected_));
     } catch (const FileError& error) {
         throw FileError("'" + Printable(path) + "' was not stored", error);
     }
+}
+
+Stored Batch::Add(Source& source, const std::string& name, const AddOptions& options) {
+    CheckUsable();
+    try {
+        OpenDirectory();
+        return Keep(vault_.intake_.TakeIn(source, name, options, &expected_));
+    } catch (const FileError& error) {
+        throw FileError("'" + Printable(name) + "' was not stored", error);
+    }
+}
+
+void Batch::Flush() {
+    CheckUsable();
+    if (pending_.empty()) {
+        return;
+    }
+    failed_ = true;
+    vault_.layout_.Files().FlushFileSystem(directory_.File());
+    failed_ = false;
 }
 
 void Batch::Commit() {

@@ -34,7 +34,7 @@ bool LooksLikeText(std::string_view beginning) {
 }
 
 struct Intake::Pass {
-    SourceFile& source;
+    Source& source;
     const std::string& path;
     const AddOptions& options;
     const StoredByHash* expected;
@@ -52,7 +52,14 @@ Incoming Intake::TakeIn(const std::string& path,
                         const AddOptions& options,
                         const StoredByHash* expected) {
     SourceFile source(layout_.Files(), path);
-    Pass pass{source, path, options, expected, {}};
+    return TakeIn(source, path, options, expected);
+}
+
+Incoming Intake::TakeIn(Source& source,
+                        const std::string& name,
+                        const AddOptions& options,
+                        const StoredByHash* expected) {
+    Pass pass{source, name, options, expected, {}};
     hash_.Begin();
     const std::string_view beginning(Block(), source.Fill(Block(), kBlock));
     Stored& stored = pass.result.stored;

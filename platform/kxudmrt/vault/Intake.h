@@ -37,6 +37,11 @@ class Intake {
     Incoming TakeIn(const std::string& path,
                     const AddOptions& options,
                     const StoredByHash* expected = nullptr);
+    // The same of another source, which has this name in messages.
+    Incoming TakeIn(Source& source,
+                    const std::string& name,
+                    const AddOptions& options,
+                    const StoredByHash* expected = nullptr);
 
   private:
     struct Pass;

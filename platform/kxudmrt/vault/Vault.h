@@ -111,6 +111,10 @@ class Vault {
     [[nodiscard]] const std::string& Directory() const { return layout_.Directory(); }
     [[nodiscard]] FileLayer& Files() const { return layout_.Files(); }
 
+    // A file of the vault's folder for half-written things, for what an operation needs to put
+    // aside. The vault's directory is made.
+    [[nodiscard]] std::unique_ptr<TemporaryFile> NewTemporary() { return layout_.NewTemporary(); }
+
     // --- Care ---
 
     // Every file below the 256 folders, in no order; Entry::hash is empty for strangers.
@@ -157,6 +161,11 @@ class Batch {
     // As Vault::Add, but durable and in its final place only after Commit. A failure concerns this
     // file only.
     Stored Add(const std::string& path, const AddOptions& options = {});
+    // The same of another source, which has this name in messages.
+    Stored Add(Source& source, const std::string& name, const AddOptions& options = {});
+    // Makes the bytes of what was added survive a loss of power, without giving it its names: what
+    // Commit then has to do takes no time.
+    void Flush();
     // After it the batch is empty and takes further files. After a failure nothing was promised:
     // the batch refuses everything, and a new one takes the files afresh.
     void Commit();
@@ -165,6 +174,8 @@ class Batch {
 
   private:
     void CheckUsable() const;
+    void OpenDirectory();
+    Stored Keep(Incoming&& incoming);
 
     Vault& vault_;
     FileHandle directory_;

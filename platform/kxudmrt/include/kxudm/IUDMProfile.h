@@ -317,8 +317,21 @@ class KXUDMRT_EXPORT IUDMProfile {
 
     // --- Exchange ------------------------------------------------------------------------------
 
-    // `scope`: 0 newest revision without files, 1 with files, 2 all published revisions with files.
+    // Archives; docs/exchange-format.md describes them and numbers what export and import do.
+    // Neither may be part of a bulk edit. Both tell a progress listener; cancelled, they throw
+    // UDMCancelledException. Any failure leaves file, library and vault as they were.
+
+    // Writes entities into an archive at `path`, whose folder must be there; what has the name is
+    // replaced when the archive is whole. `uids` with or without revision, which makes no
+    // difference; none: all of the library. `scope`: 0 the newest published revisions without
+    // files, 1 with files, 2 all published revisions with files, and whatever they own. Folders and
+    // classifications that they lie in always come along. Working revisions never do: an entity
+    // that was never published is an error that names it, as is an unknown one.
     virtual void Export(const kxString& path, const kxStlVector<kxString>& uids, int scope) = 0;
+    // Takes an archive in, in one transaction. New entities keep UIDs, history, users and times;
+    // newer revisions of known ones come behind those that are equal, others become a branch;
+    // nothing is overwritten. UDMExchange::Import does the same and reports each entity. A damaged
+    // or hostile archive, and content definitions that don't fit, are errors.
     virtual void Import(const kxString& path) = 0;
 };
 

@@ -20,8 +20,9 @@
 // everything back and throws UDMCancelledException; each says which.
 //
 // A listener is called on the thread that called the operation, with no transaction open unless the
-// caller opened one (UDMBulkEdit). It must not use the session that calls it. What it throws comes
-// out of the operation, which is otherwise cancelled.
+// caller opened one (UDMBulkEdit) or an archive is being imported (UDMExchange.h). It must not use
+// the session that calls it. What it throws comes out of the operation, which is otherwise
+// cancelled.
 #pragma once
 
 #include <kxudm/UDMException.h>

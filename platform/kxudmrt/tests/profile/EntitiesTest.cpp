@@ -303,16 +303,5 @@ TEST_F(Entities, WorkingHandleOfANewContentIsItself) {
     EXPECT_EQ(ann->GetWorkingHandle(part).GetUID(), part.GetUID());
 }
 
-// Until an operation is offered it says so instead of doing nothing.
-TEST_F(Entities, WhatIsNotOfferedYetSaysSo) {
-    const std::vector<std::pair<std::string, std::function<void()>>> operations{
-        {"Export", [&] { ann->Export("/nowhere", {}, 0); }},
-        {"Import", [&] { ann->Import("/nowhere"); }},
-    };
-    for (const auto& [name, operation] : operations) {
-        EXPECT_THAT(Refusal<UDMNotSupportedException>(operation), HasSubstr(name));
-    }
-}
-
 }  // namespace
 }  // namespace kxudm::test

@@ -1,0 +1,89 @@
+#include "profile/ArchiveExport.h"
+
+#include "vault/DocumentName.h"
+
+namespace kxudm::profile {
+
+namespace {
+
+constexpr std::size_t kBlock = std::size_t{256} << 10;
+
+}  // namespace
+
+ArchiveExport::ArchiveExport(Session& session, const kxString& path, exchange::Scope scope)
+    : _session(session),
+      _scope(scope),
+      _archive(session.Vaults().Files(), path),
+      _selection(session.Store(), scope),
+      _progress(session.ProgressListener(), "The export to '" + vault::Printable(path) + "'"),
+      _block(std::make_unique_for_overwrite<char[]>(kBlock)) {}
+
+void ArchiveExport::Run(const kxStlVector<kxString>& uids) {
+    exchange::BeginExchange(_session.Store());
+    _archive.Begin(exchange::kDocumentEntry);
+    _session.Store().View([&] {
+        Select(uids);
+        WriteDocument();
+    });
+    _archive.End();
+    WriteContents();
+    _progress.Finish();
+    _archive.Finish();
+}
+
+void ArchiveExport::Select(const kxStlVector<kxString>& uids) {
+    for (const kxString& uid : uids) {
+        const Session::State state = _session.Get(uid);
+        if (!_selection.Add(state->Id())) {
+            throw UDMException(state->Cdef() + " " + state->Uid() +
+                               " was never published, so that it can't be exported; publish it "
+                               "first");
+        }
+    }
+    if (uids.empty()) {
+        _selection.AddAll();
+    }
+    if (_scope == exchange::Scope::AllWithFiles) {
+        _selection.AddOwned();
+    }
+    _selection.AddPlaces();
+}
+
+void ArchiveExport::WriteDocument() {
+    const auto total = static_cast<std::uint64_t>(_selection.Count());
+    _progress.SetTotal(total, 0);
+    exchange::DocumentWriter document([this](std::string_view bytes) { _archive.Write(bytes); });
+    document.Begin(_scope, _session.Catalogue()->Needed(_selection.Definitions())->ToXml());
+    _selection.Visit([&](store::EntityId id) {
+        const exchange::EntityRecord entity = _selection.Read(id);
+        _progress.Begin(entity.name);
+        document.Entity(entity);
+        _progress.End();
+    });
+    _selection.VisitLinks(
+        [&](const std::string& first, exchange::LinkRecord&& link) { document.Link(first, link); });
+    document.End();
+    const exchange::ContentTotal contents = exchange::CountExportedContents(_session.Store());
+    _progress.SetTotal(total + contents.count, contents.bytes);
+}
+
+void ArchiveExport::WriteContents() {
+    exchange::VisitExportedContents(_session.Store(),
+                                    [this](const exchange::ExportedContent& content) {
+                                        _progress.Begin(content.hash);
+                                        WriteContent(content);
+                                        _progress.End();
+                                    });
+}
+
+void ArchiveExport::WriteContent(const exchange::ExportedContent& content) {
+    const auto reader = _session.Vaults().In(content.vault).Open(content.hash);
+    _archive.Begin(exchange::FileEntry(content.hash), content.size);
+    while (const std::size_t count = reader->Read(_block.get(), kBlock)) {
+        _archive.Write({_block.get(), count});
+        _progress.Advance(count);
+    }
+    _archive.End();
+}
+
+}  // namespace kxudm::profile

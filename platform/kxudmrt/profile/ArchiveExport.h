@@ -1,0 +1,38 @@
+// Writes entities of a library into an archive.
+//
+// Layer: profile. The document is written from one unchanging view of the library; the contents,
+// which never change, follow outside of it. Memory doesn't grow with the number of entities.
+#pragma once
+
+#include "exchange/ArchiveWriter.h"
+#include "exchange/DocumentWriter.h"
+#include "exchange/LibraryExchange.h"
+#include "profile/ExchangeProgress.h"
+#include "profile/Session.h"
+
+namespace kxudm::profile {
+
+class ArchiveExport {
+  public:
+    // The session outlives the export.
+    ArchiveExport(Session& session, const kxString& path, exchange::Scope scope);
+
+    // UIDs as IUDMProfile::Export takes them. The file has its name when this returns; a failure
+    // leaves what was there.
+    void Run(const kxStlVector<kxString>& uids);
+
+  private:
+    void Select(const kxStlVector<kxString>& uids);
+    void WriteDocument();
+    void WriteContents();
+    void WriteContent(const exchange::ExportedContent& content);
+
+    Session& _session;
+    const exchange::Scope _scope;
+    exchange::ArchiveWriter _archive;
+    exchange::ExportSelection _selection;
+    ExchangeProgress _progress;
+    std::unique_ptr<char[]> _block;
+};
+
+}  // namespace kxudm::profile

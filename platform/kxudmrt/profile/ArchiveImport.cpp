@@ -1,0 +1,320 @@
+#include "profile/ArchiveImport.h"
+
+#include <utility>
+
+#include "exchange/ArchiveWriter.h"
+#include "profile/DefinitionChange.h"
+#include "profile/ImportDefinitions.h"
+#include "profile/Neighbours.h"
+#include "profile/Words.h"
+#include "store/LibraryCheck.h"
+#include "store/MaintenanceStatements.h"
+#include "vault/DocumentName.h"
+#include "vault/SourceFile.h"
+
+namespace kxudm::profile {
+
+namespace {
+
+using exchange::ArchiveException;
+using exchange::DocumentHandler;
+using exchange::EntityRecord;
+using exchange::LinkRecord;
+
+constexpr std::size_t kBlock = std::size_t{256} << 10;
+
+// The content of an entry, on its way into the vault.
+class Entry final : public vault::Source {
+  public:
+    explicit Entry(exchange::ArchiveReader& archive) : _archive(archive) {}
+
+    std::size_t Fill(char* bytes, std::size_t size) override {
+        std::size_t filled = 0;
+        while (filled < size) {
+            const std::size_t count = _archive.Read(bytes + filled, size - filled);
+            if (count == 0) {
+                break;
+            }
+            filled += count;
+        }
+        return filled;
+    }
+    // Read has seen to that.
+    void CheckUnchanged() override {}
+    [[nodiscard]] std::uint64_t Size() const override { return _archive.Size().value_or(0); }
+    [[nodiscard]] std::int64_t Modified() const override { return 0; }
+
+  private:
+    exchange::ArchiveReader& _archive;
+};
+
+store::EntityId Youngest(store::LibraryStore& store) {
+    sql::Statement find(store.Connection(), store::statements::YOUNGEST_ENTITY);
+    return find.Step() && !find.IsNull(0) ? find.Int64(0) : 0;
+}
+
+}  // namespace
+
+// What can be said of the document without changing the library.
+class ArchiveImport::Scan final : public DocumentHandler {
+  public:
+    explicit Scan(ArchiveImport& import) : _import(import) {}
+
+    void Begin(exchange::Scope /*scope*/, std::string&& catalogueXml) override {
+        _import._definitions = catalogue::Catalogue::ReadText(
+            catalogueXml, kxString(_import._path + ", " + std::string(exchange::kDocumentEntry)));
+        // Before anything is taken in; and once more when nobody else can write.
+        static_cast<void>(MergedCatalogue(_import._session.Catalogue(),
+                                          *_import._definitions,
+                                          !exchange::HasAnyEntity(_import._session.Store())));
+    }
+    void Entity(EntityRecord&& entity) override {
+        _import._progress.Begin(entity.name);
+        RequireFitting(*_import._definitions, entity);
+        for (const exchange::FileRecord& file : entity.files) {
+            NoteContent(entity, file);
+        }
+        if (_import._definitions->Get(entity.definition).Type() == FOLDER_TYPE) {
+            _import._folders.Note(entity);
+        }
+    }
+    void Link(const std::string& first, LinkRecord&& link) override {
+        _import._folders.NoteLink(first, link);
+    }
+    void End(const exchange::DocumentCounts& counts) override { _import._counts = counts; }
+
+  private:
+    void NoteContent(const EntityRecord& entity, const exchange::FileRecord& file) {
+        if (file.IsExternal()) {
+            return;
+        }
+        const auto [content, added] = _import._contents.emplace(file.hash, Content{file.size});
+        if (!added && content->second.size != file.size) {
+            throw ArchiveException("'" + vault::Printable(_import._path) + "': the file '" +
+                                   vault::Printable(file.name) + "' of " + entity.uid + " has " +
+                                   std::to_string(file.size) +
+                                   " bytes, and another one with its "
+                                   "SHA-256 has " +
+                                   std::to_string(content->second.size) +
+                                   "; expected one size for one content");
+        }
+    }
+
+    ArchiveImport& _import;
+};
+
+// The same document for the second time: into the library.
+class ArchiveImport::Rows final : public DocumentHandler {
+  public:
+    Rows(ArchiveImport& import, const catalogue::Catalogue& catalogue)
+        : notes(Youngest(import._session.Store()), import._report),
+          _import(import),
+          _entities(import._session.Store(), catalogue, import._folders, notes),
+          _links(import._session.Store(), catalogue, notes) {}
+
+    void Begin(exchange::Scope /*scope*/, std::string&& /*catalogueXml*/) override {}
+    void Entity(EntityRecord&& entity) override {
+        _import._progress.Begin(entity.name);
+        _entities.Take(std::move(entity));
+        _import._progress.End();
+    }
+    void Link(const std::string& first, LinkRecord&& link) override { _links.Take(first, link); }
+    void End(const exchange::DocumentCounts& /*counts*/) override { _links.Finish(); }
+
+    ImportNotes notes;
+
+  private:
+    ArchiveImport& _import;
+    EntityImport _entities;
+    LinkImport _links;
+};
+
+ArchiveImport::ArchiveImport(Session& session, const kxString& path, UDMImportReport* report)
+    : _session(session),
+      _path(path),
+      _report(report),
+      _progress(session.ProgressListener(), "The import of '" + vault::Printable(path) + "'"),
+      _block(std::make_unique_for_overwrite<char[]>(kBlock)) {}
+
+ArchiveImport::~ArchiveImport() = default;
+
+void ArchiveImport::Run() {
+    exchange::BeginExchange(_session.Store());
+    _archive.emplace(_session.Vaults().Files(), _path);
+    ReadDocument();
+    TakeContents();
+    _archive.reset();
+    Write();
+    _progress.Finish();
+}
+
+void ArchiveImport::ReadDocument() {
+    if (!_archive->Next()) {
+        throw ArchiveException("'" + vault::Printable(_path) + "' has no document; expected \"" +
+                               std::string(exchange::kDocumentEntry) + "\"");
+    }
+    _document = _session.Vaults().In({}).NewTemporary();
+    Scan scan(*this);
+    exchange::DocumentReader reader(scan, _path + ", " + std::string(exchange::kDocumentEntry));
+    while (const std::size_t count = _archive->Read(_block.get(), kBlock)) {
+        reader.Feed({_block.get(), count});
+        _document->Write(_block.get(), count);
+    }
+    reader.Finish();
+    _document->Close();
+}
+
+void ArchiveImport::TakeContents() {
+    std::uint64_t bytes = 0;
+    for (const auto& [hash, content] : _contents) {
+        bytes += content.size;
+    }
+    _progress.SetTotal(_counts.entities + _contents.size(), bytes);
+    std::size_t taken = 0;
+    for (; _archive->Next(); ++taken) {
+        TakeContent();
+    }
+    if (taken == _contents.size()) {
+        return;
+    }
+    for (const auto& [hash, content] : _contents) {
+        if (!content.isTaken) {
+            throw ArchiveException("'" + vault::Printable(_path) + "' has no entry \"" +
+                                   exchange::FileEntry(hash) +
+                                   "\", which its document names; expected one");
+        }
+    }
+}
+
+void ArchiveImport::TakeContent() {
+    const std::string hash = _archive->Hash();
+    const std::string name = _path + ", " + _archive->Name();
+    const auto content = _contents.find(hash);
+    if (content == _contents.end()) {
+        throw ArchiveException("'" + vault::Printable(name) +
+                               "': no file of the document has this content; expected contents of "
+                               "its files only");
+    }
+    if (_archive->Size() != content->second.size) {
+        throw ArchiveException("'" + vault::Printable(name) + "' has " +
+                               std::to_string(_archive->Size().value_or(0)) + " bytes; expected " +
+                               std::to_string(content->second.size) + ", as the document says");
+    }
+    _progress.Begin(hash);
+    if (!_batch) {
+        _batch.emplace(_session.Vaults().In({}));
+    }
+    Entry source(*_archive);
+    const vault::Stored stored =
+        _batch->Add(source, name, {.progress = [this](std::uint64_t bytes) {
+                        _progress.Advance(bytes);
+                        return true;
+                    }});
+    if (stored.hash != hash) {
+        throw ArchiveException("'" + vault::Printable(name) + "' has the content " + stored.hash +
+                               "; expected the one that it is named by");
+    }
+    content->second.isTaken = true;
+    if (!stored.wasThere) {
+        _brought.push_back(hash);
+    }
+    _progress.End();
+}
+
+// What takes long, the bytes themselves, is safe before others have to wait.
+void ArchiveImport::Write() {
+    if (_batch) {
+        _batch->Flush();
+    }
+    bool areContentsThere = false;
+    try {
+        Operation operation(_session, "Import", sql::Transaction::Durability::Full);
+        const CataloguePtr catalogue = TakeDefinitions(operation);
+        _folders.Resolve(_session);
+        Rows rows(*this, *catalogue);
+        try {
+            ReadAgain(rows);
+            rows.notes.Record(_session, operation);
+            if (_batch) {
+                areContentsThere = true;
+                _batch->Commit();
+            }
+            operation.Commit();
+        } catch (...) {
+            rows.notes.Forget(_session);
+            throw;
+        }
+        areContentsThere = false;
+        _session.TakeCatalogue(catalogue);
+        if (!rows.notes.AreAllNew()) {
+            TakeBack();
+        }
+        operation.Tell();
+    } catch (...) {
+        if (areContentsThere) {
+            TakeBack();
+        }
+        throw;
+    }
+}
+
+CataloguePtr ArchiveImport::TakeDefinitions(Operation& operation) {
+    const CataloguePtr before = _session.Catalogue();
+    const CataloguePtr merged =
+        MergedCatalogue(before, *_definitions, !exchange::HasAnyEntity(operation.Store()));
+    if (merged == before) {
+        return before;
+    }
+    const kxString text = merged->ToXml();
+    CataloguePtr after = catalogue::Catalogue::ReadText(text, _session.Options().libraryFile);
+    BringInLine(operation.Store(), *before, *after, false);
+    operation.Store().SetCatalogueXml(text);
+    _session.RecordCatalogue(operation);
+    if (_report != nullptr) {
+        for (const auto& is : after->Definitions()) {
+            const auto* was = before->Find(is->Name());
+            _report->definitions +=
+                was == nullptr || !(was->Declaration() == is->Declaration()) ? 1U : 0U;
+        }
+    }
+    return after;
+}
+
+void ArchiveImport::ReadAgain(DocumentHandler& handler) {
+    vault::FileLayer& files = _session.Vaults().Files();
+    vault::FileHandle file(files);
+    if (!files.OpenToRead(_document->Path(), file.File())) {
+        throw UDMStoreException("'" + vault::Printable(_document->Path()) +
+                                "', in which the document of '" + vault::Printable(_path) +
+                                "' was put aside, is gone; import again");
+    }
+    exchange::DocumentReader reader(handler, _path + ", " + std::string(exchange::kDocumentEntry));
+    while (const std::size_t count = files.Read(file.File(), _block.get(), kBlock)) {
+        reader.Feed({_block.get(), count});
+    }
+    reader.Finish();
+}
+
+// Contents that came into the vault and that no row names, here or in a library beside this one:
+// after a failure all of them, else those of entities that were refused.
+void ArchiveImport::TakeBack() noexcept {
+    try {
+        Neighbours neighbours(_session.Options().libraryFile);
+        if (!neighbours.Unreadable().empty()) {
+            return;
+        }
+        sql::Transaction lock(_session.Store().Connection());
+        neighbours.Lock();
+        for (const std::string& hash : _brought) {
+            if (!store::IsContentUsed(_session.Store().Connection(), {}, hash) &&
+                !neighbours.Uses({}, hash)) {
+                static_cast<void>(_session.Vaults().In({}).Remove(hash));
+            }
+        }
+        lock.Commit();
+    } catch (const std::exception&) {
+        // They are orphans, which a purge takes away; the first failure is told.
+    }
+}
+
+}  // namespace kxudm::profile

@@ -1,0 +1,70 @@
+// Takes an archive into a library: reads it once and checks all of it, takes its contents into the
+// vault, and then writes all rows in one transaction.
+//
+// Layer: profile. Until that transaction the library isn't touched and other sessions can write.
+// The document is put aside while it is read for the first time, so that the archive is read once.
+// Memory grows with the number of folders and of contents, by some hundred bytes each.
+#pragma once
+
+#include <optional>
+#include <string>
+#include <unordered_map>
+#include <vector>
+
+#include "exchange/ArchiveReader.h"
+#include "exchange/DocumentReader.h"
+#include "profile/DefinitionChange.h"
+#include "profile/EntityImport.h"
+#include "profile/ExchangeProgress.h"
+#include "profile/LinkImport.h"
+#include "vault/Vault.h"
+
+namespace kxudm::profile {
+
+class ArchiveImport {
+  public:
+    // The session outlives the import; `report` may be null.
+    ArchiveImport(Session& session, const kxString& path, UDMImportReport* report);
+    ~ArchiveImport();
+
+    // A failure leaves library and vault as they were.
+    void Run();
+
+  private:
+    class Scan;
+    class Rows;
+    struct Content {
+        std::uint64_t size = 0;
+        bool isTaken = false;
+    };
+
+    // --- Once through the archive ---
+    void ReadDocument();
+    void TakeContents();
+    void TakeContent();
+
+    // --- Into the library ---
+    void Write();
+    void WriteRows(Operation& operation, Rows& rows);
+    CataloguePtr TakeDefinitions(Operation& operation);
+    void ReadAgain(exchange::DocumentHandler& handler);
+    void TakeBack() noexcept;
+
+    Session& _session;
+    const std::string _path;
+    UDMImportReport* const _report;
+    ExchangeProgress _progress;
+    std::unique_ptr<char[]> _block;
+
+    std::optional<exchange::ArchiveReader> _archive;
+    std::unique_ptr<vault::TemporaryFile> _document;
+    CataloguePtr _definitions;  // of the archive
+    exchange::DocumentCounts _counts;
+    std::unordered_map<std::string, Content> _contents;
+    ImportedFolders _folders;
+
+    std::optional<vault::Batch> _batch;
+    std::vector<std::string> _brought;  // contents that the vault didn't have
+};
+
+}  // namespace kxudm::profile

@@ -1,0 +1,73 @@
+#include "profile/ImportNotes.h"
+
+namespace kxudm::profile {
+
+namespace {
+
+// As everybody sees it.
+Session::State StateOf(Session& session, store::EntityId id) {
+    store::EntityRow row;
+    return session.Store().FindById(id, session.Viewer(), row) ? session.StateOf(std::move(row))
+                                                               : Session::State();
+}
+
+}  // namespace
+
+void ImportNotes::Entity(UDMImportedEntity&& entity) {
+    _areAllNew = _areAllNew && entity.outcome == UDMImportOutcome::New;
+    if (_report != nullptr) {
+        _report->entities.push_back(std::move(entity));
+    }
+}
+
+void ImportNotes::LeftOut(const std::string& uid, const std::string& text) {
+    if (_report != nullptr) {
+        _report->leftOut.push_back({kxString(uid), kxString(text)});
+    }
+}
+
+void ImportNotes::Note(SignalOption code, store::EntityId id) {
+    if (id <= _youngest) {
+        _structure.emplace(code, id);
+    }
+}
+
+void ImportNotes::GotLink(store::EntityId parent, store::LinkKind kind) {
+    Note(kind == store::LinkKind::Owner ? SIGNAL_CHILD_ADDED : SIGNAL_REFERENCE_ADDED, parent);
+}
+
+void ImportNotes::Record(Session& session, Operation& operation) {
+    for (const Appended& appended : _appended) {
+        RecordAppended(session, operation, appended);
+    }
+    for (const auto& [code, id] : _structure) {
+        if (const Session::State state = StateOf(session, id)) {
+            operation.Record(Change::Of(code, state));
+        }
+    }
+    session.TouchLinks();
+}
+
+void ImportNotes::RecordAppended(Session& session, Operation& operation, const Appended& appended) {
+    session.Outdate(appended.uid);
+    const Session::State state = StateOf(session, appended.id);
+    if (!state) {
+        return;
+    }
+    for (const store::EntityId place :
+         exchange::LeftPlaces(session.Store(), appended.id, appended.first)) {
+        if (const Session::State left = StateOf(session, place)) {
+            operation.Record(Change::OfChild(SIGNAL_CONTAINER_LEFT, left, state));
+        }
+    }
+    operation.Record(Change::Of(SIGNAL_REVISION_ADVANCED, state));
+}
+
+void ImportNotes::Forget(Session& session) const {
+    for (const Appended& appended : _appended) {
+        session.Outdate(appended.uid);
+    }
+    session.TouchLinks();
+}
+
+}  // namespace kxudm::profile

@@ -1,0 +1,188 @@
+#include "profile/LinkImport.h"
+
+#include <algorithm>
+
+#include "profile/Groups.h"
+#include "store/LibraryCheck.h"
+#include "store/RowReader.h"
+
+namespace kxudm::profile {
+
+namespace {
+
+using exchange::Arrival;
+using exchange::ArrivalMode;
+using exchange::ImportedLink;
+using exchange::LinkRecord;
+using store::LinkKind;
+
+std::string TextOf(const LinkRecord& link) {
+    return (link.name.empty() ? std::string() : "\"" + catalogue::Printable(link.name) + "\" ") +
+           "to " + link.other;
+}
+
+bool MayNotCycle(LinkKind kind) {
+    return kind == LinkKind::Owner || IsContainerKind(kind);
+}
+
+}  // namespace
+
+void LinkImport::Begin(const std::string& first) {
+    _first = first;
+    _positions.clear();
+    _arrival = {};
+    if (!exchange::FindArrival(_store, first, _arrival)) {
+        throw UDMException("The archive has links of " + first +
+                           ", which is not in it; expected links of its entities only");
+    }
+    exchange::KnownEntity known;
+    _definition = _arrival.mode != ArrivalMode::Left && exchange::FindKnown(_store, first, known)
+                      ? &_catalogue.Get(known.definition)
+                      : nullptr;
+}
+
+void LinkImport::Take(const std::string& first, const LinkRecord& link) {
+    if (first != _first) {
+        Begin(first);
+    }
+    ImportedLink made;
+    if (_definition == nullptr || !ToLocal(link, made)) {
+        return;
+    }
+    RequireFitting(link);
+    if (!FindOther(link, made)) {
+        return;
+    }
+    const bool isNews = _arrival.mode == ArrivalMode::Appended && made.to > _arrival.first;
+    if (isNews && made.exact == store::NO_REVISION &&
+        exchange::LetLinkGoOn(_store, made, _arrival.first)) {
+        if (made.kind == LinkKind::Owner) {
+            _owned.push_back(made.second);
+        }
+        return;
+    }
+    if (!exchange::IsLinkThere(_store, made)) {
+        Insert(link, made);
+    }
+}
+
+void LinkImport::RequireFitting(const LinkRecord& link) const {
+    if (link.kind != LinkKind::Owner && link.kind != LinkKind::Reference) {
+        return;
+    }
+    const catalogue::GroupDefinition* const group = _definition->FindGroup(link.name);
+    const bool fits = group != nullptr && KindOfCategory(group->category) == link.kind &&
+                      group->composition == link.composition;
+    if (!fits) {
+        throw UDMException("The archive's link " + TextOf(link) + " of " + _first +
+                           " doesn't fit the content definition \"" + _definition->Name() +
+                           "\"; expected a group of it, of that category and composition");
+    }
+}
+
+bool LinkImport::ToLocal(const LinkRecord& link, ImportedLink& made) const {
+    made.first = _arrival.id;
+    made.kind = link.kind;
+    made.name = link.name;
+    made.composition = link.composition;
+    if (_arrival.diverged > 0 && link.to <= _arrival.diverged) {
+        return false;
+    }
+    made.from = _arrival.Local(std::max(link.from, _arrival.diverged));
+    made.to = _arrival.Local(link.to);
+    if (made.from > _arrival.newest || (made.to != exchange::kOpen && made.to > _arrival.newest)) {
+        throw UDMException("The archive's link " + TextOf(link) + " of " + _first +
+                           " begins or ends at a revision that is not in it; expected one that is");
+    }
+    if (_arrival.mode == ArrivalMode::Equal && _arrival.newest < _arrival.known &&
+        made.to == exchange::kOpen) {
+        made.to = _arrival.newest + 1;
+    }
+    return true;
+}
+
+bool LinkImport::FindOther(const LinkRecord& link, ImportedLink& made) {
+    Arrival other;
+    exchange::KnownEntity known;
+    if (exchange::FindArrival(_store, link.other, other)) {
+        const bool inBranch = other.diverged > 0 && link.exact >= other.diverged;
+        made.second = inBranch ? other.id : other.origin;
+        made.exact = inBranch ? other.Local(link.exact) : link.exact;
+    } else if (exchange::FindKnown(_store, link.other, known) && !known.deleted) {
+        made.second = known.id;
+        made.exact = link.exact;
+    }
+    store::EntityDetails ignored;
+    return made.second != 0 &&
+           (made.exact == store::NO_REVISION || _store.Details(made.second, made.exact, ignored));
+}
+
+std::string LinkImport::Obstacle(const ImportedLink& made) {
+    if (made.to != exchange::kOpen) {
+        return {};
+    }
+    if (MayNotCycle(made.kind)) {
+        const bool byParent = store::BorneByParent(made.kind);
+        const store::EntityId parent = byParent ? made.first : made.second;
+        const store::EntityId child = byParent ? made.second : made.first;
+        if (_store.WouldCycle(parent, child, made.kind)) {
+            return "it would close a circle with what is here";
+        }
+    }
+    if (made.kind == LinkKind::Folder && exchange::HasOtherPlace(_store, made)) {
+        return "the content lies in another folder here";
+    }
+    if (made.kind == LinkKind::Owner) {
+        if (const std::string owner = exchange::OtherOwner(_store, made); !owner.empty()) {
+            return "the child is owned by " + owner + " here";
+        }
+    }
+    return {};
+}
+
+void LinkImport::Insert(const LinkRecord& link, const ImportedLink& made) {
+    if (const std::string why = Obstacle(made); !why.empty()) {
+        _notes.LeftOut(_first, TextOf(link) + ": " + why);
+        return;
+    }
+    const auto [position, isNew] = _positions.emplace(std::pair(made.kind, link.name), 0);
+    if (isNew && _arrival.mode != ArrivalMode::New) {
+        position->second = exchange::LastPosition(_store, made.first, made.kind, made.name);
+    }
+    // An exact relation ends behind the one revision that it was made for.
+    const bool ends = made.exact != store::NO_REVISION && made.to == exchange::kOpen &&
+                      _definition->IsVersioned();
+    exchange::ImportLink(_store,
+                         made,
+                         ++position->second,
+                         ends ? std::max(_arrival.newest, _arrival.known) + 1 : store::NO_REVISION);
+    if (made.kind == LinkKind::Owner) {
+        _owned.push_back(made.second);
+    }
+    if (made.to != exchange::kOpen) {
+        return;
+    }
+    if (IsContainerKind(made.kind)) {
+        _notes.Entered(made.second);
+    } else if (_arrival.mode == ArrivalMode::Equal) {
+        _notes.GotLink(made.first, made.kind);
+    }
+}
+
+void LinkImport::Finish() {
+    for (const ImportNotes::Appended& appended : _notes.AllAppended()) {
+        exchange::FinishAppended(_store, appended.id, appended.newest);
+    }
+    if (_notes.AllAppended().empty()) {
+        return;
+    }
+    // What was marked to end has gone on only by and by.
+    for (const store::EntityId child : _owned) {
+        if (const std::string uid = store::OwnedTwiceNear(_store, child); !uid.empty()) {
+            throw UDMException("The archive can't be imported: " + uid +
+                               " would have two owners; remove it from its owner here first");
+        }
+    }
+}
+
+}  // namespace kxudm::profile

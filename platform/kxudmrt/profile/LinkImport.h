@@ -1,0 +1,53 @@
+// How the links of an archive become links of the library, once all its entities are there.
+//
+// Layer: profile. Works within the import's operation. What the library can't hold (a circle, a
+// second folder, a second owner) is left out and noted; a link whose other end is nowhere is passed
+// over, and made by a later import that finds it.
+#pragma once
+
+#include <map>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "exchange/LibraryExchange.h"
+#include "profile/ImportNotes.h"
+
+namespace kxudm::profile {
+
+class LinkImport {
+  public:
+    LinkImport(store::LibraryStore& store,
+               const catalogue::Catalogue& catalogue,
+               ImportNotes& notes)
+        : _store(store), _catalogue(catalogue), _notes(notes) {}
+
+    // All links of an entity come one behind the other.
+    void Take(const std::string& first, const exchange::LinkRecord& link);
+    // After the last one: what was appended has the links that the archive says, and no others.
+    void Finish();
+
+  private:
+    void Begin(const std::string& first);
+    // The group's word on the link; throws where they contradict each other.
+    void RequireFitting(const exchange::LinkRecord& link) const;
+    // False if there is no other end here.
+    bool FindOther(const exchange::LinkRecord& link, exchange::ImportedLink& made);
+    // False if the link is of revisions that the library has from elsewhere.
+    bool ToLocal(const exchange::LinkRecord& link, exchange::ImportedLink& made) const;
+    // Why the library can't hold it; empty if it can.
+    std::string Obstacle(const exchange::ImportedLink& made);
+    void Insert(const exchange::LinkRecord& link, const exchange::ImportedLink& made);
+
+    store::LibraryStore& _store;
+    const catalogue::Catalogue& _catalogue;
+    ImportNotes& _notes;
+
+    std::string _first;  // whose links come
+    exchange::Arrival _arrival;
+    const catalogue::ContentDefinition* _definition = nullptr;
+    std::map<std::pair<store::LinkKind, std::string>, std::int64_t> _positions;
+    std::vector<store::EntityId> _owned;  // that an owner got, or kept
+};
+
+}  // namespace kxudm::profile
