@@ -49,6 +49,21 @@ inline Names Problems(const ProfilePtr& profile, bool withOrphans = false) {
     return problems;
 }
 
+// Writes down what it hears; the n-th call ends the operation.
+class Steps : public IUDMProgressListener {
+  public:
+    explicit Steps(std::size_t last = 0) : _last(last) {}
+    bool Advance(const UDMProgress& progress) override {
+        heard.push_back(progress);
+        return heard.size() != _last;
+    }
+
+    std::vector<UDMProgress> heard;
+
+  private:
+    std::size_t _last;
+};
+
 class Exchange : public testing::Test {
   protected:
     [[nodiscard]] std::string Archive(const std::string& name = "a.kxa") const {
@@ -116,9 +131,18 @@ class Exchange : public testing::Test {
             profile->SetAttributeValue(working, "description", text);
         });
     }
-    // One with the text among its attributes.
     static UDMItemHandle Make(const ProfilePtr& profile, const kxString& name) {
         return Published(profile, name);
+    }
+    // The only content in a library's common vault.
+    static std::string StoredIn(const Library& library) {
+        for (const auto& entry :
+             std::filesystem::recursive_directory_iterator(library.BaseDirectory() + "/vault")) {
+            if (entry.is_regular_file()) {
+                return entry.path();
+            }
+        }
+        return {};
     }
     // Every path below a folder, with sizes of files, sorted.
     static Names Tree(const std::string& folder) {
