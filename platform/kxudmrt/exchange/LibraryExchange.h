@@ -125,7 +125,9 @@ struct Arrival {
     store::EntityId origin = 0;  // the entity of that UID here, or what stands for it; 0: none
     store::EntityId id = 0;      // what has the revisions that came: `origin`, or a branch of it
     ArrivalMode mode = ArrivalMode::Left;
-    int known = store::NO_REVISION;   // of `id`: newest revision before
+    // Of `id`: newest revision before. Appended: none where the document doesn't have it, so that
+    // what it held is not told.
+    int known = store::NO_REVISION;
     int first = store::NO_REVISION;   // of `id`: first revision that came
     int newest = store::NO_REVISION;  // of `id`: newest revision of the document
     int diverged = 0;  // of the document: first revision that is in the branch, as 1; 0: no branch

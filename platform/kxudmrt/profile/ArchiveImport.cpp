@@ -145,7 +145,6 @@ void ArchiveImport::Run() {
     TakeContents();
     _archive.reset();
     Write();
-    _progress.Finish();
 }
 
 void ArchiveImport::ReadDocument() {
@@ -235,6 +234,7 @@ void ArchiveImport::Write() {
         try {
             ReadAgain(rows);
             rows.notes.Record(_session, operation);
+            _progress.Finish();
             if (_batch) {
                 areContentsThere = true;
                 _batch->Commit();

@@ -259,13 +259,14 @@ EntityImport::Result EntityImport::Append(const EntityRecord& entity, const Know
     _notes.Revisions(
         {known.id, kxString(entity.uid), first->number, entity.revisions.back().number});
     Result result;
-    result.arrival = {known.id,
-                      known.id,
-                      ArrivalMode::Appended,
-                      known.published,
-                      first->number,
-                      entity.revisions.back().number,
-                      0};
+    result.arrival = {
+        known.id,
+        known.id,
+        ArrivalMode::Appended,
+        Find(entity, known.published) == nullptr ? store::NO_REVISION : known.published,
+        first->number,
+        entity.revisions.back().number,
+        0};
     result.told.outcome = UDMImportOutcome::Appended;
     result.told.revisions = static_cast<std::size_t>(entity.revisions.end() - first);
     return result;

@@ -52,13 +52,15 @@ void ImportedFolders::ResolveIn(Session& session, Folder& folder) {
     exchange::KnownEntity known;
     if (exchange::FindKnown(session.Store(), folder.uid, known)) {
         folder.id = known.deleted ? 0 : known.id;
+        folder.isRefused = known.deleted;
         return;
     }
     store::EntityId above = 0;
     std::string place;
     if (const auto found = _byUid.find(folder.parent); found != _byUid.end()) {
-        above = _folders[found->second].id;
-        place = above == 0 ? folder.parent : std::string();
+        const Folder& parent = _folders[found->second];
+        above = parent.id;
+        place = above == 0 && !parent.isRefused ? folder.parent : std::string();
     } else if (exchange::FindKnown(session.Store(), folder.parent, known) && !known.deleted) {
         above = known.id;
     }

@@ -39,6 +39,7 @@ class ImportedFolders {
         std::string parent = {};  // UID; empty: none
         Progress progress = Progress::Open;
         store::EntityId id = 0;  // in the library; 0: it comes
+        bool isRefused = false;  // it neither comes nor is there
     };
 
     void Resolve(Session& session, std::size_t index);

@@ -53,8 +53,10 @@ void LinkImport::Take(const std::string& first, const LinkRecord& link) {
     if (!FindOther(link, made)) {
         return;
     }
-    const bool isNews = _arrival.mode == ArrivalMode::Appended && made.to > _arrival.first;
-    if (isNews && made.exact == store::NO_REVISION &&
+    // What begins with the first revision that came is new, unless nothing tells what was before.
+    const bool mayGoOn = _arrival.mode == ArrivalMode::Appended && made.to > _arrival.first &&
+                         (made.from < _arrival.first || _arrival.known == store::NO_REVISION);
+    if (mayGoOn && made.exact == store::NO_REVISION &&
         exchange::LetLinkGoOn(_store, made, _arrival.first)) {
         if (made.kind == LinkKind::Owner) {
             _owned.push_back(made.second);

@@ -134,11 +134,10 @@ TEST_F(Exporting, X4_OfScope2TakesWhateverAnyPublishedRevisionOwns) {
 
 TEST_F(Exporting, X5_TakesFoldersAndClassificationsAlong) {
     UDMItemHandle wheel = ann->CreateEntity("Part", "Wheel");
-    UDMItemHandle metals = Make(ann, "Other");
-    metals = Published(ann, "Metals", "Categories");
+    const UDMItemHandle metals = Published(ann, "Metals", "Categories");
     UDMItemHandle steel = ann->CreateEntity("Categories", "Steel");
     ann->AddClassification(steel, metals);
-    Publish(ann, steel);
+    steel = Publish(ann, steel);
     ann->MoveContent(wheel, Folder(ann, "/A/B"));
     ann->AddClassification(wheel, steel);
     wheel = Publish(ann, wheel);

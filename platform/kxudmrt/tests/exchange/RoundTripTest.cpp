@@ -133,7 +133,8 @@ TEST_F(RichLibrary, IsTheSameForWhoReadsIt) {
     EXPECT_THAT(Parents(tom, There(wheel), "category"), ElementsAre("Steel"));
     EXPECT_THAT(Parents(tom, There(steel), "category"), ElementsAre("Metals"));
     EXPECT_THAT(Versions(tom, There(wheel)), ElementsAre(1, 2, 3));
-    EXPECT_EQ(tom->GetHistory(There(wheel))->GetVersionList().front()->GetBranchList().size(), 1U);
+    const auto history = tom->GetHistory(There(wheel));
+    EXPECT_EQ(history->GetVersionList().front()->GetBranchList().size(), 1U);
     EXPECT_THAT(DocumentNames(tom, There(wheel)), ElementsAre("wheel.big", "wheel.inp"));
     EXPECT_THAT(DocumentNames(tom, There(wheel, 1)),
                 ElementsAre("wheel.big", "wheel.inp", "wheel.log"));
