@@ -78,7 +78,7 @@ class BulkRetrieval : public Files {
     const std::string out = sources.File("out");
 };
 
-TEST_F(BulkRetrieval, BringsEachEntitysFilesIntoItsFolder) {
+TEST_F(BulkRetrieval, F14_BringsEachEntitysFilesIntoItsFolder) {
     Fill();
     const kxStlVector<kxString> paths = RetrieveAll();
     ExpectAll();
