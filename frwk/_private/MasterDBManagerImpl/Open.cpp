@@ -52,6 +52,29 @@ void Replace(kxStlMap<kxString, kxVariant>& credentials,
     }
 }
 
+// The folder of definitions beside those of the settings file: that of the profile, else the common
+// one. Nothing is set where there is none, and one that can't be found is passed on as it is
+// written: the runtime reads it where definitions are taken in, and libraries open without.
+void AddCustomDefinitions(const Settings& settings,
+                          const kxString& profile,
+                          kxStlMap<kxString, kxVariant>& params) {
+    for (const kxString& prefix : {profile, kxString("common")}) {
+        const kxString key = prefix + "/CustomEntityDefinitionsFolder";
+        const kxString written = settings.GetValue(key);
+        if (written.empty()) {
+            continue;
+        }
+        kxString found;
+        try {
+            found = settings.GetPath(key);
+        } catch (const std::exception&) {
+            found.clear();
+        }
+        params["CustomEntityDefinitionsFolder"] = found.empty() ? written : found;
+        return;
+    }
+}
+
 }  // namespace
 
 MasterDBManagerImpl::MasterDBManagerImpl(const kxString& defaultSettingsPath,
@@ -142,6 +165,7 @@ UDMDBCtrl* MasterDBManagerImpl::Create(const kxString& profileName,
     AddMissing(params, collected);
     params["WorkspaceName"] = workspaceName;
     params["WorkspaceBaseDir"] = workspaceBaseDir;
+    AddCustomDefinitions(*_settings, profileName, params);
     auto session = std::make_unique<UDMDBCtrl>(params);
     _SetPostgresDBCredentialSettings(profileName, changedCredentials);
     return _Keep(repositoryName, workspaceName, username, std::move(session));
@@ -193,6 +217,7 @@ UDMDBCtrl* MasterDBManagerImpl::Open(const kxString& repositoryName,
     AddMissing(params, clientSettings);
     params["WorkspaceName"] = workspaceName;
     params["WorkspaceBaseDir"] = workspace[1];
+    AddCustomDefinitions(*_settings, profile, params);
     return _Keep(repositoryName, workspaceName, username, std::make_unique<UDMDBCtrl>(params));
 }
 
@@ -226,6 +251,7 @@ UDMDBCtrl* MasterDBManagerImpl::_ConnectToFile(const kxString& profileName,
     params["BinDir"] = KXCTFramework::GetNorvikBinDir();
     params["ConnectionIdentifier"] = repositoryName;
     params["FileDataSource"] = repositoryBaseDir;
+    AddCustomDefinitions(*_settings, profileName, params);
     return _Keep(repositoryName, NO_WORKSPACE, NO_USER, std::make_unique<UDMDBCtrl>(params));
 }
 

@@ -1,5 +1,6 @@
 #include "profile/FileIntake.h"
 
+#include <algorithm>
 #include <filesystem>
 #include <utility>
 
@@ -12,6 +13,46 @@ namespace kxudm::profile {
 namespace {
 
 constexpr std::size_t TEXT_SAMPLE = 4096;
+
+// Of one file. Nothing of it is in the library before its row is.
+class IntakeProgress {
+  public:
+    IntakeProgress(Session& session, const std::string& path)
+        : _listener(session.ProgressListener()), _path(path) {
+        vault::FileStatus status;
+        if (_listener != nullptr && session.Vaults().Files().Status(path, status)) {
+            _progress.totalBytes = status.size;
+        }
+        _progress.total = 1;
+        _progress.name = path;
+        Tell();
+    }
+
+    bool Advance(std::uint64_t bytes) {
+        _progress.doneBytes = std::min(_progress.doneBytes + bytes, _progress.totalBytes);
+        Tell();
+        return true;
+    }
+    void End() {
+        _progress.done = 1;
+        _progress.doneBytes = _progress.totalBytes;
+        _progress.name.clear();
+        Tell();
+    }
+
+  private:
+    void Tell() {
+        if (_listener != nullptr && !_listener->Advance(_progress)) {
+            throw UDMCancelledException("Adding '" + vault::Printable(_path) +
+                                        "' was cancelled; its content's documents are as they "
+                                        "were");
+        }
+    }
+
+    IUDMProgressListener* _listener;
+    const std::string& _path;
+    UDMProgress _progress;
+};
 
 }  // namespace
 
@@ -74,11 +115,14 @@ std::string VaultDirectoryOf(Session& session, const EntityState& state) {
 store::FileRow TakeInFile(Session& session, const EntityState& state, const std::string& path) {
     const std::string name = DocumentNameOf(path);
     const std::string directory = VaultDirectoryOf(session, state);
+    IntakeProgress progress(session, path);
+    const vault::AddOptions options{
+        .progress = [&progress](std::uint64_t bytes) { return progress.Advance(bytes); }};
     LibraryVaults& vaults = session.Vaults();
-    return StoredFile(
-        name,
-        session.InBulk() ? vaults.TakeInLater(directory, path) : vaults.In(directory).Add(path),
-        directory);
+    const vault::Stored stored = session.InBulk() ? vaults.TakeInLater(directory, path, options)
+                                                  : vaults.In(directory).Add(path, options);
+    progress.End();
+    return StoredFile(name, stored, directory);
 }
 
 void RequireNewDocument(Session& session, const EntityState& state, const std::string& name) {

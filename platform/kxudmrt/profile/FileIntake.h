@@ -31,7 +31,9 @@ namespace kxudm::profile {
 // The directory of the vault that takes the entity's further files.
 [[nodiscard]] std::string VaultDirectoryOf(Session& session, const EntityState& state);
 // Takes one file into the entity's vault; durable when it returns, or in a bulk edit before that is
-// committed.
+// committed. Tells the session's listener how far it is, before the file, with each part of a large
+// one, and at the end. Cancelled, it throws UDMCancelledException: no row is made then, and after
+// the last call a content without a row stays.
 [[nodiscard]] store::FileRow TakeInFile(Session& session,
                                         const EntityState& state,
                                         const std::string& path);

@@ -65,12 +65,14 @@ vault::Vault& LibraryVaults::In(const std::string& directory) {
     return used.vault;
 }
 
-vault::Stored LibraryVaults::TakeInLater(const std::string& directory, const std::string& path) {
+vault::Stored LibraryVaults::TakeInLater(const std::string& directory,
+                                         const std::string& path,
+                                         const vault::AddOptions& options) {
     Used& used = Find(directory);
     if (!used.awaiting) {
         used.awaiting.emplace(used.vault);
     }
-    return used.awaiting->Add(path);
+    return used.awaiting->Add(path, options);
 }
 
 void LibraryVaults::Settle() {

@@ -27,7 +27,9 @@ class LibraryVaults {
 
     // Takes a file into a vault together with others: it is safe only after Settle, which flushes
     // all of them at once. Its row must not be committed before.
-    [[nodiscard]] vault::Stored TakeInLater(const std::string& directory, const std::string& path);
+    [[nodiscard]] vault::Stored TakeInLater(const std::string& directory,
+                                            const std::string& path,
+                                            const vault::AddOptions& options);
     // After a failure the contents of the group are lost; it fails again, and so does In, until
     // Forget.
     void Settle();

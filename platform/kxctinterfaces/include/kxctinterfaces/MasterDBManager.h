@@ -54,7 +54,10 @@ class KXCTINTERFACES_EXPORT MasterDBManager {
     virtual kxString GetSettingValue(const kxString& key, bool isPath) = 0;
 
     // Sets "<prefix>/CustomEntityDefinitionsFolder" and writes the user's file. True also where the
-    // prefix starts with no existing key, which changes nothing in the document.
+    // prefix starts with no existing key, which changes nothing in the document. Sessions that are
+    // opened from then on take their custom content definitions from the folder of the profile, the
+    // prefix being its name, else from that of the prefix "common": a new library at its creation,
+    // a known one where a definition is reloaded.
     virtual bool SetCustomEntityDefinitionFolder(const kxString& prefix,
                                                  const kxString& folder) = 0;
 

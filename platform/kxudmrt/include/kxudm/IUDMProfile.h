@@ -168,7 +168,9 @@ class KXUDMRT_EXPORT IUDMProfile {
                               kxStlVector<UDMGenericDocument>& documents,
                               bool withExternal) = 0;
     // Adds a file under its own name, which must be new to the revision. The file is copied into
-    // the library and survives a loss of power, or, external, stays where it is.
+    // the library and survives a loss of power, or, external, stays where it is. Adding and
+    // replacing tell a UDMProgressScope of a copy; cancelled, they throw UDMCancelledException, and
+    // the documents and the source are as they were.
     virtual AddFileBuilder BeginAddFile(const UDMItemHandle& handle) = 0;
     // Replaces the document of the file's name, which must be there. `move`: the source is removed
     // once the document is safe; if that fails, the text of the error says that the document was

@@ -1,4 +1,4 @@
-// How far a long operation of a session has got: import, retrieval, export. Whoever wants to know
+// How far a long operation of a session has got: import, a large file, retrieval, export. Whoever wants to know
 // installs a listener for as long as it takes; it hears of every file, may end the operation, and
 // is told of each item that failed while the rest went on.
 //

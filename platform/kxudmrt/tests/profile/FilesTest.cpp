@@ -1,5 +1,6 @@
 // Adding, listing, replacing and removing documents.
 #include <fcntl.h>
+#include <kxudm/UDMProgress.h>
 #include <sys/stat.h>
 
 #include <limits>
@@ -385,6 +386,100 @@ TEST_F(Files, ARolledBackBulkEditLeavesNone) {
     }
     EXPECT_THAT(DocumentNames(bob, seen), IsEmpty());
     EXPECT_EQ(seen.GetModifiedBy(), kxVariant("ann"));
+}
+
+class ByteCounter : public IUDMProgressListener {
+  public:
+    bool Advance(const UDMProgress& progress) override {
+        EXPECT_GE(progress.doneBytes, last.doneBytes);
+        last = progress;
+        if (fail) {
+            throw std::logic_error("the window is gone");
+        }
+        return ++calls != cancelAt;
+    }
+
+    UDMProgress last;
+    int calls = 0;
+    int cancelAt = 0;
+    bool fail = false;
+};
+
+TEST_F(Files, AreTakenInUnderTheEyesOfAListener) {
+    const UDMItemHandle part = Part();
+    const std::string large = Write("a", Deck(5'500'000));
+    for (const bool again : {false, true}) {
+        ByteCounter counter;
+        const UDMProgressScope scope(ann, counter);
+        if (again) {
+            ann->ReAddFile(part, large, false, false);
+        } else {
+            AddFile(ann, part, large);
+        }
+        EXPECT_GT(counter.calls, 5);
+        EXPECT_EQ(counter.last.done, 1U);
+        EXPECT_EQ(counter.last.total, 1U);
+        EXPECT_EQ(counter.last.doneBytes, 5'500'000U);
+        EXPECT_EQ(counter.last.totalBytes, 5'500'000U);
+        EXPECT_EQ(counter.last.name, "");
+    }
+    ByteCounter counter;
+    const UDMProgressScope scope(ann, counter);
+    Put(part, "empty", "");
+    EXPECT_EQ(counter.last.done, 1U);
+    EXPECT_EQ(counter.last.totalBytes, 0U);
+}
+
+TEST_F(Files, ACancelledAdditionTakesNothingAtAnyMoment) {
+    const UDMItemHandle part = Part();
+    const std::string large = Write("a", Deck(5'500'000));
+    const auto told = Listen(ann);
+    bool cancelled = true;
+    int moments = 0;
+    while (cancelled) {
+        ByteCounter counter;
+        counter.cancelAt = ++moments;
+        const UDMProgressScope scope(ann, counter);
+        try {
+            AddFile(ann, part, large);
+            cancelled = false;
+        } catch (const UDMCancelledException& cancellation) {
+            EXPECT_THAT(cancellation.what(), HasSubstr(large));
+            EXPECT_TRUE(scope.WasCancelled());
+            EXPECT_EQ(counter.calls, moments);
+            EXPECT_THAT(DocumentNames(ann, part), IsEmpty());
+            EXPECT_THAT(told->Take(), IsEmpty());
+            // All of it had been told when the last call came.
+            EXPECT_EQ(vault::CountFiles(library.BaseDirectory() + "/vault"), counter.last.done);
+        }
+    }
+    EXPECT_GT(moments, 5);
+    EXPECT_THAT(DocumentNames(ann, part), ElementsAre("a"));
+}
+
+TEST_F(Files, ACancelledReplacementLeavesDocumentAndSource) {
+    const UDMItemHandle part = Part();
+    Put(part, "a", "old");
+    const std::string large = Write("a", Deck(5'500'000));
+    for (const int moment : {1, 2, 4}) {
+        ByteCounter counter;
+        counter.cancelAt = moment;
+        const UDMProgressScope listening(ann, counter);
+        EXPECT_THROW(ann->ReAddFile(part, large, true, false), UDMCancelledException);
+        EXPECT_TRUE(Exists(large));
+        // Retrieving is an operation of its own.
+        counter.last = {};
+        EXPECT_THAT(Contents(part), ElementsAre("a=old"));
+    }
+    ByteCounter counter;
+    counter.fail = true;
+    {
+        const UDMProgressScope scope(ann, counter);
+        EXPECT_THROW(ann->ReAddFile(part, large, true, false), std::logic_error);
+    }
+    EXPECT_THAT(Contents(part), ElementsAre("a=old"));
+    ann->ReAddFile(part, large, true, false);
+    EXPECT_FALSE(Exists(large));
 }
 
 }  // namespace
