@@ -118,9 +118,30 @@ TEST_F(CreateContent, WildcardsInANameAreWildcards) {
     EXPECT_EQ(NewName("UDMPart", "p?", Assembly({"pi", "pit", "bolt"})), "p?_1");
 }
 
-TEST_F(CreateContent, AQuotationMarkBreaksTheQuestionForSiblings) {
-    EXPECT_EQ(NewName("UDMPart", "3\" bolt", Assembly({})), "none");
-    EXPECT_EQ(NewName("UDMPart", "3\" bolt", nullptr), "3\" bolt");
+TEST_F(CreateContent, NamesWithSignsOfTheQueryLanguageStandForThemselves) {
+    const std::string hostile[] = {"3\" bolt",
+                                   "\"",
+                                   "\"\"",
+                                   "a\\",
+                                   "a\\b",
+                                   "x\") || (type == UDMPart",
+                                   ")",
+                                   "a && b",
+                                   "'; DROP TABLE entity; --",
+                                   "\xE2\x82\xAC \"\xC3\xA4\""};
+    for (const std::string& name : hostile) {
+        SCOPED_TRACE(name);
+        EXPECT_EQ(NewName("UDMPart", name, nullptr), name);
+        EXPECT_EQ(NewName("UDMPart", name, Assembly({"bolt", "x"})), name);
+        EXPECT_EQ(NewName("UDMPart", name, Assembly({"bolt", name})), name + "_1");
+    }
+}
+
+// A name that makes another question of the expression is counted by that, and made all the same.
+TEST_F(CreateContent, ANameThatIsAnExpressionOfItsOwnIsMadeToo) {
+    const std::string name = "x\") && (attrib.name like \"";
+    EXPECT_EQ(NewName("UDMPart", name, Assembly({"bolt"})), name);
+    EXPECT_EQ(NewName("UDMPart", name, Assembly({"x"})), name + "_1");
 }
 
 TEST_F(CreateContent, OnlyTheLastUnderscoreParts) {

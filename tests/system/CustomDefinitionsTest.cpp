@@ -70,6 +70,21 @@ TEST_F(CustomDefinitions, AreTakenAfreshByAReload) {
     host.Impl().Close(session);
 }
 
+TEST_F(CustomDefinitions, MayHaveBlanksInTheirNames) {
+    Define("Flat gasket", "material2");
+    host.Manager().SetCustomEntityDefinitionFolder("local", definitions.string());
+    kxct::Controller* controller = host.Create("Lib");
+    kxct::Item* assembly = controller->CreateContent("UDMAssemblyDM", "bridge");
+    ASSERT_NE(assembly, nullptr);
+    for (const char* expected : {"ring", "ring_1", "ring_2"}) {
+        kxct::Item* made = controller->CreateContent("Flat gasket", "ring", assembly);
+        ASSERT_NE(made, nullptr);
+        EXPECT_EQ(made->GetDisplayName(), expected);
+        kxStlVector<kxct::Item*> children{made};
+        EXPECT_TRUE(controller->AddChildren(assembly, children, {"parts"}));
+    }
+}
+
 TEST_F(CustomDefinitions, ThatAreWrongKeepALibraryFromBeingMadeAndNameTheirFile) {
     std::ofstream(definitions / "broken.xml") << "<catalogue version=\"1\"><definition";
     host.Manager().SetCustomEntityDefinitionFolder("local", definitions.string());

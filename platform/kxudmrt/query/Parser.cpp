@@ -163,7 +163,7 @@ class Parser {
             if (_token.Is("(")) {
                 Fail("a list of values may only follow the operator in");
             }
-            comparison.values.push_back(Value(comparison.op));
+            comparison.values.push_back(Value(comparison));
         }
         _comparisons.push_back(std::move(comparison));
         return {.kind = Node::Kind::Compare, .comparison = _comparisons.size() - 1};
@@ -245,7 +245,7 @@ class Parser {
             if (!comparison.values.empty()) {
                 CountTerm();
             }
-            comparison.values.push_back(Value(comparison.op));
+            comparison.values.push_back(Value(comparison));
             more = _token.Is(",");
         }
         if (!_token.Is(")")) {
@@ -254,16 +254,30 @@ class Parser {
         Advance();
     }
 
-    Literal Value(Operator op) {
+    Literal Value(const Comparison& comparison) {
         if (_token.kind != TokenKind::Word && _token.kind != TokenKind::Quoted) {
             Fail(EXPECTED_VALUE);
         }
-        if (op == Operator::Like && _token.value.size() > MAX_PATTERN_BYTES) {
+        if (comparison.op == Operator::Like && _token.value.size() > MAX_PATTERN_BYTES) {
             Fail("a pattern may have " + std::to_string(MAX_PATTERN_BYTES) + " bytes, not more");
         }
-        Literal literal{.text = Advance().value};
+        const bool isDefinition =
+            comparison.field == Field::Type || comparison.field == Field::Class;
+        Literal literal{.text = isDefinition ? DefinitionName() : Advance().value};
         literal.number = NumberOf(literal.text);
         return literal;
+    }
+
+    // Names of definitions may have blanks inside, and stand in expressions as they are.
+    std::string DefinitionName() {
+        Token first = Advance();
+        std::string_view name = first.source;
+        while (first.kind == TokenKind::Word && _token.kind == TokenKind::Word) {
+            const auto end = static_cast<std::size_t>(_token.source.data() - name.data());
+            name = {name.data(), end + _token.source.size()};
+            Advance();
+        }
+        return first.kind == TokenKind::Word ? std::string(name) : first.value;
     }
 
     Lexer _lexer;
@@ -284,6 +298,34 @@ void RequireText(std::string_view text) {
     }
 }
 
+// The question for siblings of like names, into which callers put a name as it is:
+//
+//     (type == DEFINITION) && (attrib.displayname like "NAME")
+//
+// with the quotation marks and backslashes of the name escaped. Empty for any other text.
+std::string WithNameEscaped(std::string_view text) {
+    constexpr std::string_view BEGIN = "(type == ";
+    constexpr std::string_view MIDDLE = ") && (attrib.";
+    constexpr std::string_view OPEN = " like \"";
+    constexpr std::string_view CLOSE = "\")";
+    const std::size_t open = text.find(OPEN);
+    const std::size_t start = open + OPEN.size();
+    if (open == std::string_view::npos || !text.starts_with(BEGIN) || !text.ends_with(CLOSE) ||
+        text.size() < start + CLOSE.size()) {
+        return {};
+    }
+    const std::string_view head = text.substr(0, open);
+    if (head.find(MIDDLE) == std::string_view::npos || head.find('"') != std::string_view::npos) {
+        return {};
+    }
+    std::string escaped(text.substr(0, start));
+    for (const char letter : text.substr(start, text.size() - CLOSE.size() - start)) {
+        escaped += letter == '"' || letter == '\\' ? "\\" : "";
+        escaped += letter;
+    }
+    return escaped += CLOSE;
+}
+
 }  // namespace
 
 SyntaxError::SyntaxError(std::size_t position,
@@ -299,7 +341,15 @@ Tree Parse(std::string_view text) {
                            std::to_string(MAX_QUERY_BYTES) + " are allowed");
     }
     RequireText(text);
-    return Parser(text).Run();
+    try {
+        return Parser(text).Run();
+    } catch (const SyntaxError&) {
+        const std::string escaped = WithNameEscaped(text);
+        if (escaped.empty()) {
+            throw;
+        }
+        return Parser(escaped).Run();
+    }
 }
 
 }  // namespace kxudm::query

@@ -48,6 +48,12 @@ INSTANTIATE_TEST_SUITE_P(
         // Fields and operators
         Row{"type == UDMPart", R"((== type "UDMPart"))"},
         Row{"class != UDMPart", R"((!= class "UDMPart"))"},
+        // Definitions may have blanks in their names
+        Row{"(type == Wing box part) && name == a",
+            R"((and (== type "Wing box part") (== name "a")))"},
+        Row{"class != Wing  box||!type == Rib 2",
+            R"((or (!= class "Wing  box") (not (== type "Rib 2"))))"},
+        Row{"type in (Wing box, \"Rib\", a in b)", R"((in type "Wing box" "Rib" "a in b"))"},
         Row{"id == 01HZX3:4", R"((== id "01HZX3:4"))"},
         Row{"name < b", R"((< name "b"))"},
         Row{"name <= b", R"((<= name "b"))"},
@@ -111,7 +117,16 @@ INSTANTIATE_TEST_SUITE_P(
         Row{"(type == Foldertype) && (attrib.name like \"\")",
             R"((and (== type "Foldertype") (like attrib.name "")))"},
         Row{"type == UDMRepPartMesh && attrib.state == \"approved\"",
-            R"((and (== type "UDMRepPartMesh") (== attrib.state "approved")))"}),
+            R"((and (== type "UDMRepPartMesh") (== attrib.state "approved")))"},
+        // ... with names that hold signs of the language
+        Row{R"((type == UDMPart) && (attrib.displayname like "3" bolt"))",
+            R"((and (== type "UDMPart") (like attrib.displayname "3\" bolt")))"},
+        Row{R"((type == Wing box) && (attrib.displayname like """))",
+            R"((and (== type "Wing box") (like attrib.displayname "\"")))"},
+        Row{R"((type == Foldertype) && (attrib.name like "a\"))",
+            R"((and (== type "Foldertype") (like attrib.name "a\\")))"},
+        Row{R"((type == A) && (attrib.name like "x") || (type == B"))",
+            R"((and (== type "A") (like attrib.name "x\") || (type == B")))"}),
     [](const auto& parameter) { return "Row" + std::to_string(parameter.index); });
 
 TEST_P(Errors, NamePositionFragmentAndWhatWasExpected) {
@@ -143,6 +158,14 @@ INSTANTIATE_TEST_SUITE_P(
         Wrong{"name == && name == b", 9, "&&", "expected a value"},
         Wrong{"name == a name == b", 11, "name", "expected && or ||"},
         Wrong{"name == a & name == b", 11, "&", "no meaning"},
+        Wrong{"type == a \"b\"", 11, "\"b\"", "expected && or ||"},
+        Wrong{"type == \"a\" b", 13, "b", "expected && or ||"},
+        Wrong{"type == a and name == b", 20, "==", "expected && or ||"},
+        // Only that one question is read so
+        Wrong{"(type == A) && (attrib.name == \"a\"b\")", 35, "b", "expected"},
+        Wrong{"name like \"a\"b\"", 14, "b", "expected && or ||"},
+        Wrong{"(type == A) || (attrib.name like \"a\"b\")", 37, "b", "expected"},
+        Wrong{"(type == \"A\") && (attrib.name like \"a\"b\")", 39, "b", "expected"},
         Wrong{"name == a and name == b", 11, "and", "expected && or ||"},
         Wrong{"name == a &&", 13, "", "expected type"},
         Wrong{"(name == a", 11, "", "expected &&, || or \")\""},
