@@ -35,6 +35,10 @@ bool IsOfLife(SignalOption code) {
 // Instead of a code: any step of an entity's life.
 constexpr int LIFE = 0;
 
+std::string NameOf(const std::optional<store::Holder>& holder) {
+    return holder ? holder->user + '\0' + holder->workspace : std::string();
+}
+
 bool Reaches(Audience told, Audience side) {
     return told == Audience::Everybody || told == side;
 }
@@ -85,7 +89,8 @@ void ChangeList::Add(Change change) {
 }
 
 void ChangeList::AddOnce(Change change) {
-    const Key key(change.code, change.subject->Id(), change.Revision(), change.audience);
+    const Key key(
+        change.code, change.subject->Id(), change.Revision(), change.audience, NameOf(change.only));
     const auto known = _known.find(key);
     if (known != _known.end() && !IsOvertaken(change, known->second.when)) {
         return;

@@ -12,6 +12,8 @@
 #include <cstddef>
 #include <list>
 #include <map>
+#include <optional>
+#include <string>
 #include <tuple>
 
 #include "profile/EntityState.h"
@@ -50,6 +52,12 @@ struct Change {
         audience = told;
         return std::move(*this);
     }
+    // Only this other user in this workspace sees it.
+    Change&& Only(const store::Holder& holder) && {
+        audience = Audience::Elsewhere;
+        only = holder;
+        return std::move(*this);
+    }
     // It is about another revision of the subject: for those elsewhere.
     Change&& At(int number) && {
         revision = number;
@@ -64,7 +72,8 @@ struct Change {
     State child = {};
     store::DeletedRow deleted = {};
     Audience audience = Audience::Everybody;
-    int revision = store::NO_REVISION;  // the subject's own
+    int revision = store::NO_REVISION;       // the subject's own
+    std::optional<store::Holder> only = {};  // of those elsewhere
 };
 
 class ChangeList {
@@ -74,7 +83,7 @@ class ChangeList {
     [[nodiscard]] const std::list<Change>& All() const { return _changes; }
 
   private:
-    using Key = std::tuple<int, store::EntityId, int, Audience>;
+    using Key = std::tuple<int, store::EntityId, int, Audience, std::string>;
 
     struct Known {
         std::list<Change>::iterator place;

@@ -1,9 +1,11 @@
 // The way in: what other sessions changed comes out of the journal, marks the states that it
 // concerns, and is queued for this session's slots with handles of this session.
+#include <map>
 #include <set>
 #include <utility>
 
 #include "profile/DeletionsTold.h"
+#include "store/LibraryCheck.h"
 
 namespace kxudm::profile {
 
@@ -18,6 +20,33 @@ kxString WithRevision(const std::string& base, int revision) {
 bool IsOfStructure(SignalOption code) {
     return code == SIGNAL_CHILD_ADDED || code == SIGNAL_REFERENCE_ADDED ||
            code == SIGNAL_CONTAINER_ENTERED;
+}
+
+// What the session has missed is not in the journal any more: whatever it holds may be another.
+void CatchUpWithEverything(Session& session) {
+    session.TakeCatalogue(catalogue::Catalogue::ReadText(session.Store().CatalogueXml(),
+                                                         session.Options().libraryFile));
+    std::map<store::EntityId, std::string> held;
+    session.States().ForEach([&](const EntityState& state) {
+        if (!state.IsGone()) {
+            held.emplace(state.Id(), state.BaseUid());
+        }
+    });
+    std::vector<Session::State> standing;
+    std::vector<store::DeletedRow> gone;
+    for (const auto& [id, uid] : held) {
+        session.Outdate(uid);
+        if (Session::State newest = session.Find(kxString(uid))) {
+            standing.push_back(std::move(newest));
+        } else {
+            gone.push_back({.id = id, .uid = uid});
+        }
+    }
+    QueueDeletions(session, gone);
+    for (const Session::State& state : standing) {
+        session.Slots().Queue(
+            UDMProfileUpdate::OfHandle(SIGNAL_REVISION_ADVANCED, UDMItemHandle(state)));
+    }
 }
 
 }  // namespace
@@ -46,16 +75,25 @@ void Session::CatchUp() {
     }
     std::vector<store::JournalEntry> entries;
     std::int64_t last = 0;
+    bool isLost = false;
     _store->View([&] {
         last = _store->LastSequence();
+        isLost = store::JournalTrimmed(*_store) > _seen;
+        if (isLost) {
+            return;
+        }
         for (std::int64_t from = _seen; from < last;) {
             const std::size_t before = entries.size();
             _store->Journal(from, Viewer(), entries, PORTION);
             from = entries.size() - before < PORTION ? last : entries.back().sequence;
         }
     });
-    CatchUpWithCatalogue(entries);
-    ApplyAll(entries);
+    if (isLost) {
+        CatchUpWithEverything(*this);
+    } else {
+        CatchUpWithCatalogue(entries);
+        ApplyAll(entries);
+    }
     _seen = last;
 }
 

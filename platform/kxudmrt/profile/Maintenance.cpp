@@ -22,6 +22,9 @@ namespace {
 using Kind = UDMFindingKind;
 using Findings = kxStlVector<UDMFinding>;
 
+// Sessions of other processes read the journal at their next call.
+constexpr std::chrono::seconds JOURNAL_KEPT = std::chrono::hours(30 * 24);
+
 std::int64_t Before(Session& session, std::chrono::seconds age) {
     return session.Now().time - std::chrono::microseconds(age).count();
 }
@@ -271,6 +274,7 @@ UDMPurged Profile::PurgeLibrary(const UDMPurgeOptions& options) {
     if (options.deletedEntities) {
         purged.entities = store::PurgeDeleted(_session->Store(), before);
     }
+    store::TrimJournal(_session->Store(), Before(*_session, JOURNAL_KEPT));
     for (const std::string& directory : vaults) {
         purged.temporaries +=
             _session->Vaults().In(directory).RemoveStaleTemporaries(*_session->Options().clock);

@@ -79,7 +79,10 @@ std::int64_t Session::WriteJournal(const ChangeList& changes, const store::Stamp
         entry.time = stamp.time;
         entry.op = change.code;
         entry.session = _id;
-        if (change.audience != Audience::Everybody) {
+        if (change.only) {
+            entry.user = change.only->user;
+            entry.workspace = change.only->workspace;
+        } else if (change.audience != Audience::Everybody) {
             entry.user = _options.user;
             entry.workspace = _options.workspace;
             entry.others = change.audience == Audience::Elsewhere;

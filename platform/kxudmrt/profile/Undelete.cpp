@@ -87,6 +87,9 @@ class Restored {
                 each, _session.Store().SeenRevision(each.id, viewer), viewer, Audience::Here);
             RecordParents(each, each.published, store::THE_PUBLIC, Audience::Elsewhere);
         }
+        for (const DeletedEntity& each : _all) {
+            RecordPrivateParents(each);
+        }
     }
 
   private:
@@ -113,6 +116,25 @@ class Restored {
         }
     }
 
+    // What only one holder elsewhere sees: his working revisions above it, or its own places in it.
+    void RecordPrivateParents(const DeletedEntity& each) {
+        for (const store::Holder& holder : store::HoldersNear(_session.Store(), each.id)) {
+            if (holder.user == _session.Viewer().user &&
+                holder.workspace == _session.Viewer().workspace) {
+                continue;
+            }
+            const int seen = _session.Store().SeenRevision(each.id, holder);
+            if (seen == store::NO_REVISION) {
+                continue;
+            }
+            ForParents(each, seen, holder, [&](SignalOption code, store::EntityRow&& row) {
+                const Session::State state =
+                    boost::make_shared<EntityState>(_session.Link(), std::move(row), false);
+                _operation.Record(Change::Of(code, state).Only(holder));
+            });
+        }
+    }
+
     void RecordRevision(const DeletedEntity& each, const store::Viewer& viewer, Audience audience) {
         store::EntityRow row;
         if (!_session.Store().FindById(each.id, viewer, row)) {
@@ -132,13 +154,24 @@ class Restored {
         if (revision == store::NO_REVISION) {
             return;
         }
+        ForParents(each, revision, viewer, [&](SignalOption code, store::EntityRow&& row) {
+            const Session::State state = _session.StateOf(std::move(row), false);
+            _operation.Record(Change::Of(code, state).For(audience));
+        });
+    }
+
+    // Parents that have not come back themselves, as the viewer sees them.
+    template <typename Visit>
+    void ForParents(const DeletedEntity& each,
+                    int revision,
+                    const store::Viewer& viewer,
+                    const Visit& visit) {
         for (const auto& [kind, code] : PARENTS) {
             std::vector<store::LinkedRow> parents;
             _session.Store().Parents(each.id, revision, kind, {}, viewer, parents);
             for (store::LinkedRow& parent : parents) {
                 if (_ids.count(parent.entity.id) == 0) {
-                    const Session::State state = _session.StateOf(std::move(parent.entity), false);
-                    _operation.Record(Change::Of(code, state).For(audience));
+                    visit(code, std::move(parent.entity));
                 }
             }
         }

@@ -1,5 +1,6 @@
 #include "store/LibraryCheck.h"
 
+#include <charconv>
 #include <map>
 #include <utility>
 
@@ -8,6 +9,8 @@
 
 namespace kxudm::store {
 namespace {
+
+constexpr std::string_view JOURNAL_TRIMMED = "journal_trimmed";
 
 using Kind = UDMFindingKind;
 using Heads = std::map<std::string, sql::Value, std::less<>>;
@@ -239,6 +242,39 @@ std::size_t PurgeDeleted(LibraryStore& store, Microseconds time) {
             return purged;
         },
         sql::Transaction::Durability::Full);
+}
+
+std::size_t TrimJournal(LibraryStore& store, Microseconds time) {
+    return store.Update([&]() -> std::size_t {
+        sql::Statement begin(store.Connection(), statements::JOURNAL_BEGIN);
+        begin.BindAll(time);
+        const std::int64_t first = begin.Step() && !begin.IsNull(0) ? begin.Int64(0) : 0;
+        sql::Statement trim(store.Connection(), statements::TRIM_JOURNAL);
+        trim.BindAll(first);
+        trim.Run();
+        const auto trimmed = static_cast<std::size_t>(store.Connection().Changes());
+        if (trimmed > 0) {
+            store.SetNote(JOURNAL_TRIMMED, std::to_string(first - 1));
+        }
+        return trimmed;
+    });
+}
+
+std::int64_t JournalTrimmed(LibraryStore& store) {
+    const std::string text = store.Note(JOURNAL_TRIMMED);
+    std::int64_t sequence = 0;
+    std::from_chars(text.data(), text.data() + text.size(), sequence);
+    return sequence;
+}
+
+std::vector<Holder> HoldersNear(LibraryStore& store, EntityId id) {
+    std::vector<Holder> holders;
+    sql::Statement find(store.Connection(), statements::HOLDERS_NEAR);
+    find.BindAll(id);
+    while (find.Step()) {
+        holders.push_back({find.String(0), find.String(1)});
+    }
+    return holders;
 }
 
 std::string OwnedTwiceNear(LibraryStore& store, EntityId id) {

@@ -67,6 +67,14 @@ struct DeletedEntity {
 // Removes all rows of entities that were deleted before `time`. The youngest of all entities stays:
 // its number would be given again, and sessions still know it by that. Returns how many went.
 std::size_t PurgeDeleted(LibraryStore& store, Microseconds time);
+// Removes entries of the journal that are older than `time`, but the last one, and those from which
+// DeletedEntities tells a time. Returns how many went.
+std::size_t TrimJournal(LibraryStore& store, Microseconds time);
+// Entries up to this one may be gone: who has not read as far can't learn from the journal what
+// happened. 0 if all are there.
+[[nodiscard]] std::int64_t JournalTrimmed(LibraryStore& store);
+// Who has this entity checked out, or one that owns it, refers to it or is related to it.
+[[nodiscard]] std::vector<Holder> HoldersNear(LibraryStore& store, EntityId id);
 // The UID of a child at this entity that has two owners, which it can't have; empty if there is
 // none.
 [[nodiscard]] std::string OwnedTwiceNear(LibraryStore& store, EntityId id);

@@ -182,6 +182,21 @@ inline constexpr NamedStatement PURGE_LINKS{"purge links",
                                             "DELETE FROM link WHERE first = ?1 OR second = ?1"};
 inline constexpr NamedStatement PURGE_FILES{"purge files", "DELETE FROM file WHERE entity = ?1"};
 inline constexpr NamedStatement PURGE_ENTITY{"purge entity", "DELETE FROM entity WHERE id = ?1"};
+// The first entry that is not older than ?1, else the last of all.
+inline constexpr NamedStatement JOURNAL_BEGIN{
+    "begin of the journal to be kept",
+    "SELECT coalesce((SELECT sequence FROM journal WHERE time >= ?1 ORDER BY sequence LIMIT 1),"
+    " (SELECT max(sequence) FROM journal))"};
+inline constexpr NamedStatement TRIM_JOURNAL{
+    "trim the journal",
+    "DELETE FROM journal WHERE sequence < ?1 AND NOT (op IN (44, -44) AND EXISTS"
+    " (SELECT 1 FROM entity e WHERE e.id = journal.entity AND e.deleted <> 0))"};
+inline constexpr NamedStatement HOLDERS_NEAR{
+    "holders near an entity",
+    "SELECT p.lock_user, p.lock_workspace FROM link l"
+    " CROSS JOIN entity p ON p.id = l.first AND p.deleted = 0 AND p.working IS NOT NULL"
+    " WHERE l.second = ?1 AND l.kind IN (1, 2, 5) AND l.to_rev = " KXUDM_OPEN
+    " UNION SELECT lock_user, lock_workspace FROM entity WHERE id = ?1 AND working IS NOT NULL"};
 // A child of ?1, or ?1 itself, that is owned by composition and has two owners.
 inline constexpr NamedStatement OWNED_TWICE_NEAR{
     "owned twice near an entity",

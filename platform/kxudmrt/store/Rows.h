@@ -30,6 +30,13 @@ struct Viewer {
     std::string_view workspace = {};
 };
 
+// The same, kept: who has a working revision.
+struct Holder {
+    std::string user = {};
+    std::string workspace = {};
+    [[nodiscard]] operator Viewer() const { return {user, workspace}; }
+};
+
 // Sees what is published, and what has no revisions, and nothing else.
 constexpr Viewer THE_PUBLIC{};
 

@@ -106,7 +106,9 @@ class KXUDMRT_EXPORT UDMMaintenance {
     // the session's progress listener of each content; cancelled, it throws UDMCancelledException.
     [[nodiscard]] kxStlVector<UDMFinding> Verify(const UDMVerifyOptions& options = {});
 
-    // Removes contents that no file names and what dead processes left half written. Throws
+    // Removes contents that no file names, what dead processes left half written, and notes of
+    // changes that are older than 30 days: a session that made no call for so long is told that
+    // everything it holds has changed. Throws
     // UDMStoreException, and has removed no content, while a library beside this one can't be read.
     // The entity that was made last of all stays until there is a later one.
     UDMPurged Purge(const UDMPurgeOptions& options = {});

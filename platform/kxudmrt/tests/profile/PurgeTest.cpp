@@ -165,6 +165,95 @@ TEST_F(Maintained, N31_WhatComesBackIsToldToEachAsHeSeesIt) {
                 ElementsAre("Wheel"));
 }
 
+TEST_F(Maintained, N31_WhatComesBackIsToldToOneWhoAloneSeesItsParent) {
+    const ProfilePtr bob = library.Open("bob");
+    const ProfilePtr eve = library.Open("eve");
+    const UDMItemHandle doomed = Published(ann, "Doomed");
+    const UDMItemHandle owner = Published(ann, "Owner");
+    UDMItemHandle place;
+    bob->CreateFolder(place, "/Bobs");
+    bob->AddChild(CheckOut(bob, owner), bob->GetEntity(Base(doomed)), "parts");
+    bob->AddChild(Newest(bob, owner), bob->GetEntity(Base(doomed)), "uses");
+    const UDMItemHandle draft = bob->CreateEntity("Part", "Draft");
+    bob->CreateRelation(draft, bob->GetEntity(Base(doomed)), "fits", false);
+    ann->DeleteEntity(Newest(ann, doomed), true, false);
+    Listening mine(ann);
+    Listening bobs(bob);
+    Listening eves(eve);
+    EXPECT_TRUE(Care().Undelete(Base(doomed)));
+    EXPECT_THAT(mine.Take(), ElementsAre("5 Doomed:1"));
+    EXPECT_THAT(bobs.Take(), ElementsAre("5 Doomed:1", "40 Owner:2", "40 Draft:0", "35 Owner:2"));
+    EXPECT_THAT(eves.Take(), ElementsAre("5 Doomed:1"));
+    EXPECT_THAT(Children(bob, Newest(bob, owner), "parts"), ElementsAre("Doomed"));
+}
+
+TEST_F(Maintained, N31_WhatComesBackIsToldToItsHolderInItsPlaces) {
+    const ProfilePtr bob = library.Open("bob");
+    const ProfilePtr eve = library.Open("eve");
+    const UDMItemHandle doomed = Published(ann, "Doomed");
+    UDMItemHandle place;
+    bob->CreateFolder(place, "/Bobs");
+    bob->MoveContent(CheckOut(bob, doomed), place);
+    ann->DeleteEntity(Newest(ann, doomed), true, true);
+    Listening bobs(bob);
+    Listening eves(eve);
+    EXPECT_TRUE(Care().Undelete(Base(doomed)));
+    EXPECT_EQ(bobs.Take().back(), "42 Bobs:0");
+    EXPECT_THAT(eves.Take(), ElementsAre("5 Doomed:1"));
+    EXPECT_THAT(Children(bob, place, "contents"), ElementsAre("Doomed"));
+}
+
+TEST_F(Maintained, PurgeTrimsTheJournalAndWhoSleptReadsEverythingAnew) {
+    const auto entries = [&] {
+        const auto store = store::LibraryStore::Open(library.File());
+        sql::Statement count(store->Connection(), "SELECT count(*) FROM journal");
+        return count.Step() ? count.Int64(0) : -1;
+    };
+    ann->CreateEntity("Note", "Doomed");
+    const ProfilePtr bob = library.Open("bob");
+    const auto named = [&](const std::string& name) {
+        kxStlVector<UDMItemHandle> hits;
+        bob->RunQuery(hits, "name == \"" + name + "\"", -1, 0, 0, {}, false, false);
+        return hits.at(0);
+    };
+    const UDMItemHandle note = named("Note");
+    const UDMItemHandle doomed = named("Doomed");
+    const UDMItemHandle seen = named("Wheel");
+    EXPECT_TRUE(note.GetAttributeValue("text").IsEmpty());
+    Listening bobs(bob);
+    // As another process does it: nobody here is told.
+    const auto store = store::LibraryStore::Open(library.File());
+    const auto id = [&](const std::string& name) {
+        std::vector<store::EntityRow> found;
+        store->FindInFolder(0, "Note", name, store::THE_PUBLIC, false, found);
+        return found.at(0).id;
+    };
+    const store::Stamp stamp{{"ann", "desk"}, 1};
+    store->UpdateAttributes(id("Note"), 0, {{"text", kxVariant("new")}}, stamp);
+    store->Append({.time = 1, .op = 3, .entity = id("Note"), .session = "another"});
+    const store::EntityId gone = id("Doomed");
+    store->Delete(gone, stamp);
+    store->Append({.time = 1, .op = 44, .entity = gone, .session = "another"});
+    const std::int64_t before = entries();
+    Purge();
+    EXPECT_EQ(entries(), before) << "they are young but for the last, of which one stays";
+    Sql("UPDATE journal SET time = 2");
+    Purge();
+    EXPECT_EQ(entries(), 1) << "the last one, which tells of the deletion, too";
+    EXPECT_THAT(bobs.Take(), IsEmpty());
+    UDMProfileMgr::DispatchUpdates();
+    EXPECT_THAT(bobs.Take(), testing::UnorderedElementsAre("44 ~:0", "5 Wheel:2", "5 Note:0"));
+    EXPECT_EQ(note.GetAttributeValue("text"), kxVariant("new"));
+    EXPECT_FALSE(doomed.IsEditable());
+    EXPECT_EQ(seen.GetRevision(), 2);
+    // And from then on as ever.
+    ann->SetAttributeValue(ann->GetEntity(note.GetUID()), "text", "newer");
+    EXPECT_THAT(bobs.Take(), ElementsAre("3 Note:0"));
+    EXPECT_EQ(Care().DeletedEntities().size(), 1U);
+    EXPECT_TRUE(Care().Undelete(Base(doomed)));
+    EXPECT_THAT(Verify(), IsEmpty());
+}
+
 TEST_F(Maintained, AFolderDoesNotComeBackBesideANamesake) {
     const UDMItemHandle b = Folder("/A/B");
     ann->DeleteEntity(b, true, false);
