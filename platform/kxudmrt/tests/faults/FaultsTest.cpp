@@ -301,6 +301,24 @@ std::vector<Deed> Deeds() {
          },
          true,
          true},
+        {"export",
+         [](World& world) { world.Profile().Export(world.Out() + "/out.kxa", {}, 2); },
+         [](World& world) {
+             EXPECT_EQ(vault::CountFiles(world.Out()), 1U);
+             EXPECT_EQ(vault::ReadFile(world.Out() + "/out.kxa"), vault::ReadFile(world.Archive()));
+         },
+         false,
+         true},
+        {"import_an_archive",
+         [](World& world) { world.Profile().Import(world.Other()); },
+         [](World& world) {
+             EXPECT_THAT(world.Documents(world.Named("Strut")),
+                         ElementsAre("strut.inp=" + Deck("rib.dat", world)));
+             EXPECT_EQ(world.Named("Wing").GetRevision(), 3);
+             EXPECT_EQ(world.Named("Wing").GetAttributeValue("description").GetString(), "third");
+         },
+         false,
+         true},
         {"delete",
          [](World& world) { world.Profile().DeleteEntity(world.Named("Wing"), true, false); },
          [](World& world) { EXPECT_THROW(world.Named("Wing"), std::runtime_error); }},

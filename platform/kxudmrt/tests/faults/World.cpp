@@ -45,6 +45,7 @@ World::World() {
         "local", boost::make_shared<providers::LocalProvider>(options));
     Fill();
     std::filesystem::copy(Base(), _folder.File("kept"), std::filesystem::copy_options::recursive);
+    MakeArchives();
 }
 
 World::~World() {
@@ -126,6 +127,23 @@ void World::Fill() {
     UDMItemHandle rib = Profile().CreateEntity("Part", "Rib");
     Profile().BeginAddFile(rib).setFilePath(Source("rib.inp")).go();
     Profile().SetAttributeValue(rib, "count", kxVariant(3));
+    Close();
+}
+
+void World::MakeArchives() {
+    Restore();
+    Profile().Export(Archive(), {}, 2);
+    Profile().Checkout(Named("Wing"), "elsewhere");
+    Profile().SetAttributeValue(Named("Wing"), "description", kxVariant("third"));
+    Profile().PersistEntity(Named("Wing"), "third", false, true, true);
+    const UDMItemHandle strut = Profile().CreateEntity("Part", "Strut");
+    std::filesystem::copy_file(Source("rib.dat"), Source("strut.inp"));
+    Profile().BeginAddFile(strut).setFilePath(Source("strut.inp")).go();
+    Profile().PersistEntity(strut, "first", false, true, true);
+    kxStlVector<kxString> uids;
+    uids.push_back(Named("Wing").GetUID());
+    uids.push_back(Named("Strut").GetUID());
+    Profile().Export(Other(), uids, 2);
     Close();
 }
 

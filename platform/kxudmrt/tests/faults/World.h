@@ -37,6 +37,11 @@ class World {
     [[nodiscard]] std::string Out() const { return _folder.File("out"); }
     [[nodiscard]] std::string Base() const { return _folder.File("base"); }
 
+    // All of the library, and what it became elsewhere: there Wing is published at 3 with another
+    // description, and there is Strut with the file "strut.inp".
+    [[nodiscard]] std::string Archive() const { return _folder.File("all.kxa"); }
+    [[nodiscard]] std::string Other() const { return _folder.File("other.kxa"); }
+
     // Every row of the library apart from the journal.
     [[nodiscard]] std::string Rows() const;
     // "name=content" of each document, in the order of names.
@@ -48,6 +53,7 @@ class World {
 
   private:
     void Fill();
+    void MakeArchives();
     void Write(const std::string& name, const std::string& content) const;
 
     TemporaryFolder _folder;
