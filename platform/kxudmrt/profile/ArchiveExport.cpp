@@ -19,10 +19,18 @@ ArchiveExport::ArchiveExport(Session& session, const kxString& path, exchange::S
       _block(std::make_unique_for_overwrite<char[]>(kBlock)) {}
 
 void ArchiveExport::Run(const kxStlVector<kxString>& uids) {
+    Run([&](exchange::ExportSelection& /*selection*/) { SelectUids(uids); }, Places::Taken);
+}
+
+void ArchiveExport::Run(const Select& select, Places places) {
+    _places = places;
     exchange::BeginExchange(_session.Store());
     _archive.Begin(exchange::kDocumentEntry);
     _session.Store().View([&] {
-        Select(uids);
+        select(_selection);
+        if (_places == Places::Taken) {
+            _selection.AddPlaces();
+        }
         WriteDocument();
     });
     _archive.End();
@@ -31,7 +39,7 @@ void ArchiveExport::Run(const kxStlVector<kxString>& uids) {
     _archive.Finish();
 }
 
-void ArchiveExport::Select(const kxStlVector<kxString>& uids) {
+void ArchiveExport::SelectUids(const kxStlVector<kxString>& uids) {
     for (const kxString& uid : uids) {
         const Session::State state = _session.Get(uid);
         if (!_selection.Add(state->Id())) {
@@ -46,7 +54,6 @@ void ArchiveExport::Select(const kxStlVector<kxString>& uids) {
     if (_scope == exchange::Scope::AllWithFiles) {
         _selection.AddOwned();
     }
-    _selection.AddPlaces();
 }
 
 void ArchiveExport::WriteDocument() {
@@ -60,8 +67,11 @@ void ArchiveExport::WriteDocument() {
         document.Entity(entity);
         _progress.End();
     });
-    _selection.VisitLinks(
-        [&](const std::string& first, exchange::LinkRecord&& link) { document.Link(first, link); });
+    _selection.VisitLinks([&](const std::string& first, exchange::LinkRecord&& link) {
+        if (_places == Places::Taken || link.kind != store::LinkKind::Folder) {
+            document.Link(first, link);
+        }
+    });
     document.End();
     const exchange::ContentTotal contents = exchange::CountExportedContents(_session.Store());
     _progress.SetTotal(total + contents.count, contents.bytes);

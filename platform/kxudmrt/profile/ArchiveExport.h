@@ -21,14 +21,21 @@ class ArchiveExport {
     // leaves what was there.
     void Run(const kxStlVector<kxString>& uids);
 
+    // The same for what `select` adds to the selection. Left: without the folders and
+    // classifications that it lies in.
+    enum class Places { Taken, Left };
+    using Select = std::function<void(exchange::ExportSelection&)>;
+    void Run(const Select& select, Places places);
+
   private:
-    void Select(const kxStlVector<kxString>& uids);
+    void SelectUids(const kxStlVector<kxString>& uids);
     void WriteDocument();
     void WriteContents();
     void WriteContent(const exchange::ExportedContent& content);
 
     Session& _session;
     const exchange::Scope _scope;
+    Places _places = Places::Taken;
     exchange::ArchiveWriter _archive;
     exchange::ExportSelection _selection;
     ExchangeProgress _progress;

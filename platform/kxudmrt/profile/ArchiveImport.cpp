@@ -138,13 +138,13 @@ ArchiveImport::ArchiveImport(Session& session, const kxString& path, UDMImportRe
 
 ArchiveImport::~ArchiveImport() = default;
 
-void ArchiveImport::Run() {
+void ArchiveImport::Run(const Finish& finish) {
     exchange::BeginExchange(_session.Store());
     _archive.emplace(_session.Vaults().Files(), _path);
     ReadDocument();
     TakeContents();
     _archive.reset();
-    Write();
+    Write(finish);
 }
 
 void ArchiveImport::ReadDocument() {
@@ -221,7 +221,7 @@ void ArchiveImport::TakeContent() {
 }
 
 // What takes long, the bytes themselves, is safe before others have to wait.
-void ArchiveImport::Write() {
+void ArchiveImport::Write(const Finish& finish) {
     if (_batch) {
         _batch->Flush();
     }
@@ -234,6 +234,8 @@ void ArchiveImport::Write() {
         try {
             ReadAgain(rows);
             rows.notes.Record(_session, operation);
+            finish(operation, *catalogue);
+            // The last moment at which a listener may end it.
             _progress.Finish();
             if (_batch) {
                 areContentsThere = true;

@@ -28,7 +28,13 @@ class ArchiveImport {
     ~ArchiveImport();
 
     // A failure leaves library and vault as they were.
-    void Run();
+    void Run() {
+        Run([](Operation&, const catalogue::Catalogue&) {});
+    }
+    // `finish` adds to the rows before they are committed. The definitions are those that the
+    // library then has.
+    using Finish = std::function<void(Operation&, const catalogue::Catalogue&)>;
+    void Run(const Finish& finish);
 
   private:
     class Scan;
@@ -44,7 +50,7 @@ class ArchiveImport {
     void TakeContent();
 
     // --- Into the library ---
-    void Write();
+    void Write(const Finish& finish);
     void WriteRows(Operation& operation, Rows& rows);
     CataloguePtr TakeDefinitions(Operation& operation);
     void ReadAgain(exchange::DocumentHandler& handler);

@@ -14,6 +14,10 @@ void RequireFolderName(const kxString& name);
 
 // What folders that are made by path are of. Throws UDMNotFoundException if the catalogue has none.
 [[nodiscard]] const catalogue::ContentDefinition& FolderDefinition(const Session& session);
+// The folder of a path, made with its parents where it is missing.
+[[nodiscard]] Session::State FolderOfPath(Session& session,
+                                          Operation& operation,
+                                          const std::vector<kxString>& parts);
 // The folder that an entity lies in; 0 for none.
 [[nodiscard]] store::EntityId FolderOf(Session& session, const EntityState& state);
 // The folder of that name in `parent` (0: at the top). With `ignoreCase` the exact name wins. False

@@ -28,6 +28,7 @@ class Profile final : public IUDMProfile,
 
     // Ends the session; see Session::Close.
     void Close() noexcept { _session->Close(); }
+    [[nodiscard]] const boost::shared_ptr<Session>& TheSession() const { return _session; }
 
     // Entities: ProfileEntities.cpp
     UDMItemHandle GetEntity(const kxString& uid) override;

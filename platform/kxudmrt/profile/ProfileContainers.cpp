@@ -66,6 +66,16 @@ Session::State MakeFolders(Session& session,
 
 }  // namespace
 
+Session::State FolderOfPath(Session& session,
+                            Operation& operation,
+                            const std::vector<kxString>& parts) {
+    Descent descent = Descend(session, parts, false);
+    if (descent.depth == parts.size()) {
+        return session.StateOf(std::move(descent.folder), false);
+    }
+    return MakeFolders(session, operation, parts, std::move(descent));
+}
+
 void Profile::GetClassifications(kxStlVector<UDMItemHandle>& classifications,
                                  const kxString& expression) {
     _session->Poll("GetClassifications");

@@ -97,6 +97,18 @@ void Session::Close() noexcept {
         std::fputs("kxudm: no memory to tell that a session was closed\n", stderr);
     }
     _slots.Clear(_id);
+    for (const boost::shared_ptr<Session>& other : std::exchange(_attached, {})) {
+        other->Close();
+    }
+}
+
+boost::shared_ptr<Session> Session::AttachedOn(const kxString& libraryFile) const {
+    for (const boost::shared_ptr<Session>& other : _attached) {
+        if (other->IsOpen() && other->Options().libraryFile == libraryFile) {
+            return other;
+        }
+    }
+    return {};
 }
 
 void Session::Dump() const {

@@ -40,6 +40,7 @@ class Operation;
 struct SessionOptions {
     kxString libraryName;
     kxString libraryFile;
+    kxString masterFile;  // the master database that knows the library
     kxString profileName;
     kxString user;
     kxString workspace;
@@ -131,6 +132,14 @@ class Session : public boost::enable_shared_from_this<Session> {
     // whose definition is not what it was.
     void TakeCatalogue(std::shared_ptr<const catalogue::Catalogue> catalogue);
 
+    // --- Sessions on other libraries ---
+
+    // Handles of another library were given out through this session: that one stays open as long
+    // as this one.
+    void Attach(const boost::shared_ptr<Session>& other) { _attached.push_back(other); }
+    // The attached one on a library file; null if there is none that is open.
+    [[nodiscard]] boost::shared_ptr<Session> AttachedOn(const kxString& libraryFile) const;
+
     // --- Changes ---
 
     // Begin of a reading operation: takes in what others did and tells the slots of it.
@@ -183,6 +192,7 @@ class Session : public boost::enable_shared_from_this<Session> {
     SlotList _slots;
     LibraryVaults _vaults;
     std::unique_ptr<Bulk> _bulk;
+    std::vector<boost::shared_ptr<Session>> _attached;
     IUDMProgressListener* _progress = nullptr;
     std::int64_t _seen = 0;  // last journal entry taken in
     std::uint32_t _linkEpoch = 1;

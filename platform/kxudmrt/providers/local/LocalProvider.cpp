@@ -8,6 +8,7 @@
 #include <utility>
 
 #include "core/LocalProvider.h"
+#include "profile/Merge.h"
 #include "profile/Peers.h"
 #include "profile/Profile.h"
 #include "providers/local/LibraryFile.h"
@@ -101,6 +102,7 @@ boost::shared_ptr<IUDMProfile> LocalProvider::OpenProfile(const Parameters& para
         profile::SessionOptions{
             .libraryName = library.name,
             .libraryFile = NormalPath(library.ldbFile),
+            .masterFile = parameters.RequiredPath("MasterDBFile"),
             .profileName = library.profileName,
             .user = workspace.user,
             .workspace = workspace.name,
@@ -259,6 +261,47 @@ void LocalProvider::DeleteRepository(const Parameters& params, bool deleteFiles,
     if (deleteFiles) {
         RemoveLibraryFiles(library.ldbFile);
     }
+}
+
+// The session that this one has on the library, opened the first time.
+SessionPtr LocalProvider::TargetOf(profile::Session& source, const kxString& library) const {
+    UDMProfileMgr::Parameters map;
+    map["MasterDBFile"] = source.Options().masterFile;
+    const store::LibraryRecord record =
+        LibraryOfName(*OpenMaster(providers::Parameters(map)), library);
+    const kxString file = NormalPath(record.ldbFile);
+    if (const SessionPtr known = source.AttachedOn(file)) {
+        return known;
+    }
+    profile::SessionOptions options = source.Options();
+    options.libraryName = record.name;
+    options.libraryFile = file;
+    options.profileName = record.profileName;
+    options.baseDirectory = NormalPath(record.baseDirectory);
+    const SessionPtr target = boost::make_shared<profile::Session>(
+        OpenLibraryFile(record.ldbFile, _options.busyTimeoutMilliseconds), std::move(options));
+    profile::peers::Join(target);
+    source.Attach(target);
+    return target;
+}
+
+boost::shared_ptr<UDMKXMergeToCatalog> LocalProvider::CreateMerge(
+    const kxString& library,
+    const kxString& folder,
+    const boost::shared_ptr<IUDMProfile>& profile,
+    const kxString& comment) {
+    const auto source = boost::dynamic_pointer_cast<profile::Profile>(profile);
+    if (!source) {
+        return {};
+    }
+    SessionPtr target;
+    try {
+        target = TargetOf(*source->TheSession(), library);
+    } catch (const UDMException&) {
+        // The interface tells a target that can't be opened by no engine.
+        return {};
+    }
+    return boost::make_shared<profile::Merge>(source, target, folder, comment);
 }
 
 void LocalProvider::DispatchUpdates() {

@@ -8,6 +8,10 @@
 #include "core/Clock.h"
 #include "vault/FileLayer.h"
 
+namespace kxudm::profile {
+class Session;
+}
+
 namespace kxudm::providers {
 
 struct LocalOptions {
@@ -54,9 +58,18 @@ class LocalProvider final : public spi::IUDMProvider {
     void AddExistingRepository(const Parameters& params, const kxString& name) override;
     void SetDefaultRepository(const Parameters& params) override;
     void DeleteRepository(const Parameters& params, bool deleteFiles, bool force) override;
+    // Null, too, where the library can't be opened.
+    boost::shared_ptr<UDMKXMergeToCatalog> CreateMerge(
+        const kxString& library,
+        const kxString& folder,
+        const boost::shared_ptr<IUDMProfile>& profile,
+        const kxString& comment) override;
     void DispatchUpdates() override;
 
   private:
+    [[nodiscard]] boost::shared_ptr<profile::Session> TargetOf(profile::Session& source,
+                                                               const kxString& library) const;
+
     const LocalOptions _options;
 };
 
