@@ -20,7 +20,6 @@ programs=(
   'kxct_settings_test:NorvikLibraryInfo.*:-*FiftyThousand*:*TwoGibibytes*'
   'items_test:-*Thousand*:*GroupingByAttributesIs*:*GroupingRevisionsIs*'
   'ControllerImplTest:ControllerImplScripted.*:ControllerImplCalledBack.*:ControllerImplQuery*.*:-*WhateverAScriptReturns*'
-  'kxudmrt_profile_test:Entities.*:Folders.*:Notifications.*:Relations.*:RevisionHistory.*'
 )
 [[ $# -eq 0 ]] || programs=("$@")
 
