@@ -9,6 +9,7 @@
 #include "profile/FileIntake.h"
 #include "profile/Groups.h"
 #include "profile/Words.h"
+#include "text/Decode.h"
 #include "vault/SourceFile.h"
 
 namespace kxudm::profile {
@@ -21,6 +22,8 @@ using catalogue::ContentDefinition;
 // its rows (about 0.1 ms each).
 constexpr std::size_t kFilesInGroup = 1000;
 constexpr std::uint64_t kBytesInGroup = std::uint64_t{1} << 30;
+// Texts whose words are kept in memory until the group is written.
+constexpr std::uint64_t kMostTextBytes = std::uint64_t{256} << 20;
 
 // The place where the vault lies can take nothing more, whatever the next file is.
 bool IsOfTheVault(const vault::FileError& error) {
@@ -131,7 +134,9 @@ void BulkImport::Take(std::size_t file, const std::string& source) {
         throw UDMException("it is part of a vault of this library; name files outside of it");
     }
     const ContentDefinition& definition = DefinitionFor(planned.name, place);
-    _pending.push_back({file, &place, &definition, Store(planned.name, source)});
+    std::future<std::string> text;
+    store::FileRow row = Store(planned.name, source, text);
+    _pending.push_back({file, &place, &definition, std::move(row), std::move(text)});
     _pendingNames.emplace(std::pair(&place, std::string_view(planned.name)), _pending.size() - 1);
     _pendingBytes += planned.size;
 }
@@ -145,7 +150,9 @@ bool BulkImport::IsOfVault(std::size_t folder, const std::string& source) {
     return _isOfVault;
 }
 
-store::FileRow BulkImport::Store(const std::string& name, const std::string& source) {
+store::FileRow BulkImport::Store(const std::string& name,
+                                 const std::string& source,
+                                 std::future<std::string>& text) {
     if (_options.external) {
         return ExternalFile(_session.Vaults(), source);
     }
@@ -153,8 +160,18 @@ store::FileRow BulkImport::Store(const std::string& name, const std::string& sou
         _batch.emplace(_vault);
     }
     const vault::Stored stored = _batch->Add(
-        source, {.progress = [this](std::uint64_t bytes) { return _report.Advance(bytes); }});
+        source,
+        {.progress = [this](std::uint64_t bytes) { return _report.Advance(bytes); },
+         .beginning = [this, &text](std::string_view bytes) { PrepareText(bytes, text); }});
     return StoredFile(name, stored, {});
+}
+
+// While the file is compressed and written. What is too much to be kept is indexed later.
+void BulkImport::PrepareText(std::string_view beginning, std::future<std::string>& text) {
+    if (text::MayBeText(beginning) && _textBytes < kMostTextBytes) {
+        _textBytes += beginning.size();
+        text = _texts.Prepare(beginning);
+    }
 }
 
 // Everything that can be refused without reading the file.

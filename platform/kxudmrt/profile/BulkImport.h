@@ -13,6 +13,7 @@
 
 #include "profile/ImportFolders.h"
 #include "profile/ImportWalk.h"
+#include "profile/Texts.h"
 #include "vault/Vault.h"
 
 namespace kxudm::profile {
@@ -38,6 +39,7 @@ class BulkImport {
         Place* place = nullptr;
         const catalogue::ContentDefinition* definition = nullptr;
         store::FileRow row;
+        std::future<std::string> text;  // prepared; none if there is nothing to prepare
     };
     // What a transaction is at.
     struct Position {
@@ -51,7 +53,10 @@ class BulkImport {
     // --- Into the vault ---
     bool TakeIn(std::size_t file);
     void Take(std::size_t file, const std::string& source);
-    store::FileRow Store(const std::string& name, const std::string& source);
+    store::FileRow Store(const std::string& name,
+                         const std::string& source,
+                         std::future<std::string>& text);
+    void PrepareText(std::string_view beginning, std::future<std::string>& text);
     const catalogue::ContentDefinition& DefinitionFor(const std::string& name, Place& place);
     bool IsOfVault(std::size_t folder, const std::string& source);
     // Whether contents of that name lie there, and their files of that name.
@@ -64,7 +69,8 @@ class BulkImport {
     std::optional<Refusal> TryWrite(std::size_t from);
     void Write(std::size_t from, std::size_t to, std::size_t foldersEnd, Position& position);
     void MakeWanted(Operation& operation, std::size_t& next, std::size_t end, Position& position);
-    bool WriteContent(Operation& operation, const Pending& pending);
+    bool WriteContent(Operation& operation, Pending& pending);
+    store::FileRow RowOf(Operation& operation, Pending& pending);
     void PlaceContent(Operation& operation,
                       const Session::State& content,
                       const Session::State& folder);
@@ -82,6 +88,8 @@ class BulkImport {
     std::vector<Pending> _pending;
     std::map<std::pair<const Place*, std::string_view>, std::size_t> _pendingNames;
     std::uint64_t _pendingBytes = 0;
+    TextPreparer _texts;
+    std::uint64_t _textBytes = 0;                          // given to it for what is pending
     std::size_t _lookedAt = static_cast<std::size_t>(-1);  // folder of the plan
     bool _isOfVault = false;                               // what is in that one
     std::size_t _nextFolder = 0;  // folders of the plan before it are made where wanted

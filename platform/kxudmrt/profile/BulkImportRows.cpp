@@ -62,6 +62,7 @@ void BulkImport::WriteGroup() {
     _pending.clear();
     _pendingNames.clear();
     _pendingBytes = 0;
+    _textBytes = 0;
 }
 
 // What is pending from there on, as a whole, and at the end of the import the folders that are
@@ -126,7 +127,7 @@ void BulkImport::MakeWanted(Operation& operation,
 }
 
 // False if somebody else has brought the same file there meanwhile.
-bool BulkImport::WriteContent(Operation& operation, const Pending& pending) {
+bool BulkImport::WriteContent(Operation& operation, Pending& pending) {
     const Session::State folder = _folders.Make(operation, *pending.place);
     std::vector<store::FileRow> there;
     if (FindNamed(*pending.place, pending.row.name, there)) {
@@ -145,11 +146,21 @@ bool BulkImport::WriteContent(Operation& operation, const Pending& pending) {
                                                Described(*pending.definition, pending.row));
     PlaceContent(operation, content, folder);
     if (!operation.Store().AddFile(
-            content->Id(), content->Revision(), pending.row, operation.Stamp())) {
+            content->Id(), content->Revision(), RowOf(operation, pending), operation.Stamp())) {
         throw UDMException("its content has a file of that name already");
     }
     FinishContent(operation, content);
     return true;
+}
+
+// With the document of its words, if it has any. Written a second time, after another content was
+// refused, it is left to the next search.
+store::FileRow BulkImport::RowOf(Operation& operation, Pending& pending) {
+    store::FileRow row = pending.row;
+    if (pending.text.valid()) {
+        row.text = store::AddContentText(operation.Store(), row.hash, pending.text.get());
+    }
+    return row;
 }
 
 void BulkImport::PlaceContent(Operation& operation,

@@ -11,6 +11,7 @@
 #include "profile/DefinitionChange.h"
 #include "profile/Neighbours.h"
 #include "profile/Profile.h"
+#include "profile/Texts.h"
 #include "profile/Words.h"
 #include "store/LibraryCheck.h"
 #include "vault/DocumentName.h"
@@ -83,6 +84,12 @@ class Verification {
                     Report(kind, object, text);
                 });
             CheckDefinitions();
+            const store::TextReader reader = TextsOf(_session);
+            store::FullText(_session.Store(), reader)
+                .Check(_options.contents,
+                       [this](Kind kind, const std::string& object, const std::string& text) {
+                           Report(kind, object, text);
+                       });
             uses = store::ContentsInUse(_session.Store());
         });
         CheckContents(uses);
@@ -281,6 +288,25 @@ UDMPurged Profile::PurgeLibrary(const UDMPurgeOptions& options) {
     }
     PurgeContents(*_session, neighbours, vaults, before, purged);
     return purged;
+}
+
+void Profile::RebuildFullTextIndex() {
+    BeginCare(*_session, "RebuildFullText");
+    const store::TextReader reader = TextsOf(*_session);
+    store::FullText texts(_session->Store(), reader);
+    texts.Clear();
+    UDMProgress progress;
+    progress.total = static_cast<std::size_t>(texts.CountPending());
+    do {
+        const auto left = static_cast<std::size_t>(texts.CountPending());
+        progress.total = std::max(progress.total, left);
+        progress.done = progress.total - left;
+        IUDMProgressListener* listener = _session->ProgressListener();
+        if (listener != nullptr && !listener->Advance(progress)) {
+            throw UDMCancelledException("Rebuilding the full text index of the library \"" +
+                                        _session->Options().libraryName + "\" was cancelled");
+        }
+    } while (texts.BringForward());
 }
 
 kxStlVector<UDMDeletedEntity> Profile::ListDeleted() {

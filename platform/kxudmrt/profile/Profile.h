@@ -126,6 +126,7 @@ class Profile final : public IUDMProfile,
     UDMPurged PurgeLibrary(const UDMPurgeOptions& options) override;
     kxStlVector<UDMDeletedEntity> ListDeleted() override;
     bool UndeleteEntity(const kxString& uid) override;
+    void RebuildFullTextIndex() override;
 
     // Changes of definitions: ProfileDefinitions.cpp
     bool ReloadContentDefinition(const kxString& definition) override;

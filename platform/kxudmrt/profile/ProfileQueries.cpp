@@ -1,8 +1,10 @@
 #include "catalogue/Value.h"
 #include "profile/Profile.h"
 #include "profile/Queries.h"
+#include "profile/Texts.h"
 #include "query/Parser.h"
 #include "query/SqlCompiler.h"
+#include "store/RowReader.h"
 
 namespace kxudm::profile {
 
@@ -11,17 +13,12 @@ namespace {
 constexpr int ATTRIBUTE_QUERY = -1;
 constexpr int LAST_FULL_TEXT_MODE = 2;
 
-void RequireAttributeQuery(const kxString& query, int mode, bool fullText) {
+void RequireMode(int mode, bool fullText) {
     if (fullText != (mode != ATTRIBUTE_QUERY) || mode < ATTRIBUTE_QUERY ||
         mode > LAST_FULL_TEXT_MODE) {
         throw UDMException("The query mode " + std::to_string(mode) +
                            (fullText ? " is none of a full text query; use 0, 1 or 2"
                                      : " is none of an attribute query; use -1"));
-    }
-    if (fullText) {
-        throw UDMNotSupportedException("The full text query \"" + catalogue::Printable(query) +
-                                       "\" can't be run: this version of the library offers "
-                                       "attribute queries only; use the mode -1");
     }
 }
 
@@ -31,6 +28,62 @@ void RequireRange(long from, long to) {
                            " are no range; use 0 or more for the first one and not less for the "
                            "one behind the last");
     }
+}
+
+using Visit = std::function<void(store::EntityRow&)>;
+
+// Which of the hits.
+struct Wanted {
+    long from;
+    long to;
+    bool rootsOnly;
+};
+
+std::int64_t FindEntities(Session& session,
+                          const kxString& query,
+                          const UDMQuerySettings& settings,
+                          const Wanted& wanted,
+                          const Visit& visit) {
+    const query::Tree tree = query::Parse(query);
+    const store::Condition condition = query::Compile(
+        tree,
+        *session.Catalogue(),
+        {.letters = settings.IgnoresCase() ? query::Letters::Folded : query::Letters::Exact,
+         .withExcluded = settings.SearchesInExcluded()});
+    return session.Store().VisitHits(condition,
+                                     session.Viewer(),
+                                     wanted.rootsOnly || tree.IsEmpty(),
+                                     wanted.from,
+                                     wanted.to,
+                                     visit);
+}
+
+std::int64_t FindTexts(Session& session,
+                       const kxString& query,
+                       int mode,
+                       const UDMQuerySettings& settings,
+                       const Wanted& wanted,
+                       const Visit& visit) {
+    const text::Question question(
+        query,
+        static_cast<text::Mode>(mode),
+        settings.IgnoresCase() ? text::Letters::Folded : text::Letters::Exact);
+    if (question.IsEmpty()) {
+        return 0;
+    }
+    BringTextsForward(session);
+    const store::TextReader reader = TextsOf(session);
+    const store::Condition allowed = query::Compile(
+        query::Parse({}), *session.Catalogue(), {.withExcluded = settings.SearchesInExcluded()});
+    return session.Store().View([&] {
+        store::FullText texts(session.Store(), reader);
+        store::Condition condition = texts.Search(question, session.Viewer());
+        condition.sql += store::AndCondition(allowed);
+        condition.values.insert(
+            condition.values.end(), allowed.values.begin(), allowed.values.end());
+        return session.Store().VisitHits(
+            condition, session.Viewer(), wanted.rootsOnly, wanted.from, wanted.to, rows, true);
+    });
 }
 
 }  // namespace
@@ -54,22 +107,15 @@ std::size_t Profile::RunQuery(kxStlVector<UDMItemHandle>& hits,
                               bool rootsOnly,
                               bool fullText) {
     _session->Poll("RunQuery");
-    RequireAttributeQuery(query, mode, fullText);
+    RequireMode(mode, fullText);
     RequireRange(from, to);
+    const Wanted wanted{from, to, rootsOnly};
     const UDMQuerySettings& chosen = settings.GetSettings();
-    const query::Tree tree = query::Parse(query);
-    const store::Condition condition = query::Compile(
-        tree,
-        *_session->Catalogue(),
-        {.letters = chosen.IgnoresCase() ? query::Letters::Folded : query::Letters::Exact,
-         .withExcluded = chosen.SearchesInExcluded()});
-    const std::int64_t count = _session->Store().VisitHits(
-        condition,
-        _session->Viewer(),
-        rootsOnly || tree.IsEmpty(),
-        from,
-        to,
-        [&](store::EntityRow& row) { hits.emplace_back(_session->StateOf(std::move(row))); });
+    const Visit visit = [&](store::EntityRow& row) {
+        hits.emplace_back(_session->StateOf(std::move(row)));
+    };
+    const std::int64_t count = fullText ? FindTexts(*_session, query, mode, chosen, wanted, visit)
+                                        : FindEntities(*_session, query, chosen, wanted, visit);
     return static_cast<std::size_t>(count);
 }
 

@@ -33,6 +33,10 @@ bool UDMMaintenance::Undelete(const kxString& uid) {
     return _maintenance->UndeleteEntity(uid);
 }
 
+void UDMMaintenance::RebuildFullText() {
+    _maintenance->RebuildFullTextIndex();
+}
+
 const char* UDMMaintenance::Name(UDMFindingKind kind) {
     switch (kind) {
         case UDMFindingKind::Database:
@@ -77,6 +81,8 @@ const char* UDMMaintenance::Name(UDMFindingKind kind) {
             return "stranger in the vault";
         case UDMFindingKind::NeighbourUnreadable:
             return "unreadable neighbour";
+        case UDMFindingKind::FullText:
+            return "wrong full text";
     }
     return "unknown";
 }

@@ -110,6 +110,9 @@ class Connection {
     [[nodiscard]] virtual std::vector<std::string> IntegrityProblems() { return {}; }
     // Throws Error of kind ReadOnly if this connection can't write at all.
     virtual void RequireWritable() {}
+    // Whether a statement waits for the locks of others, up to the busy timeout, as it does at
+    // first; else it fails at once with the kind Busy.
+    virtual void SetPatient(bool /*patient*/) {}
     // Makes what was committed survive a loss of power. Not inside of a transaction.
     virtual void Flush() = 0;
 

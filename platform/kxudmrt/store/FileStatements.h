@@ -23,7 +23,7 @@ inline constexpr NamedStatement FIND_FILE{"find file",
 inline constexpr NamedStatement INSERT_FILE{
     "insert file",
     "INSERT INTO file(entity, name, from_rev, hash, size, modified_time, added_time, is_text,"
-    " external_path, vault) VALUES (?1, ?2, ?3, ?4, ?5, ?6, ?7, ?8, ?9, ?10)"};
+    " external_path, vault, text) VALUES (?1, ?2, ?3, ?4, ?5, ?6, ?7, ?8, ?9, ?10, ?11)"};
 // A file of one revision only, which nobody saw in another: gone without a trace.
 inline constexpr NamedStatement DROP_FILE{
     "drop file",

@@ -1,5 +1,6 @@
 // LibraryStore: what a changed content definition needs.
 #include "store/DefinitionStatements.h"
+#include "store/FullText.h"
 #include "store/LibraryStore.h"
 #include "store/RowReader.h"
 
@@ -76,6 +77,7 @@ void LibraryStore::DropHeadValue(EntityId id, bool working, std::string_view nam
     sql::Statement drop(*connection_, statements::DROP_HEAD_ATTRIBUTE);
     drop.BindAll(id, name, working);
     drop.Run();
+    MarkTexts(*this, id);
 }
 
 }  // namespace kxudm::store

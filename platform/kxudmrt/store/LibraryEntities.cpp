@@ -1,6 +1,7 @@
 // LibraryStore: entities, revisions and their deletion.
 #include <optional>
 
+#include "store/FullText.h"
 #include "store/HeadValue.h"
 #include "store/LibraryStore.h"
 #include "store/RowReader.h"
@@ -248,6 +249,7 @@ void LibraryStore::SetHeadValue(EntityId id,
                                 std::string_view name,
                                 const kxVariant& value) {
     StoreHead(*connection_, id, working, name, value);
+    MarkTexts(*this, id);
 }
 
 void LibraryStore::SetDisplayName(EntityId id,

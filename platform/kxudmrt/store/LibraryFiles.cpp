@@ -58,7 +58,8 @@ void InsertRow(sql::Connection& connection,
                    stamp.time,
                    file.isText,
                    TextOrNull(file.externalPath),
-                   TextOrNull(file.vault));
+                   TextOrNull(file.vault),
+                   file.text);
     insert.Run();
 }
 

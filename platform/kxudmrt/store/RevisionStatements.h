@@ -137,8 +137,9 @@ inline constexpr NamedStatement BRANCH_LINKS{
 inline constexpr NamedStatement BRANCH_FILES{
     "branch files",
     "INSERT INTO file(entity, name, from_rev, hash, size, modified_time, added_time, is_text,"
-    " external_path, vault) SELECT ?1, name, 0, hash, size, modified_time, added_time, is_text,"
-    " external_path, vault FROM file WHERE entity = ?2 AND to_rev > ?3 AND from_rev <= ?3"};
+    " external_path, vault, text) SELECT ?1, name, 0, hash, size, modified_time, added_time,"
+    " is_text, external_path, vault, text FROM file WHERE entity = ?2 AND to_rev > ?3 AND from_rev "
+    "<= ?3"};
 inline constexpr NamedStatement BRANCH_VAULT{
     "branch vault",
     "UPDATE entity SET vault = (SELECT vault FROM entity WHERE id = ?2) WHERE id = ?1"};

@@ -6,6 +6,7 @@
 #define KXUDMRT_STORE_ROWS_H
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -101,6 +102,8 @@ struct FileRow {
     bool isText = false;
     std::string externalPath = {};
     std::string vault = {};  // as EntityDetails::vault, when it was added
+    // Of a row that is added: the document with its words (FullText.h), if that is known already.
+    std::optional<std::int64_t> text = std::nullopt;
 
     [[nodiscard]] bool IsExternal() const { return hash.empty(); }
 };

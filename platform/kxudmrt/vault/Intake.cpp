@@ -66,6 +66,9 @@ Incoming Intake::TakeIn(Source& source,
     stored.size = source.Size();
     stored.modified = source.Modified();
     stored.isText = LooksLikeText(beginning);
+    if (options.beginning) {
+        options.beginning(beginning);
+    }
     if (beginning.size() < kBlock) {
         TakeSmall(pass, beginning);
     } else {

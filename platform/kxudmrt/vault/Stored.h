@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <functional>
 #include <string>
+#include <string_view>
 #include <unordered_map>
 
 namespace kxudm::vault {
@@ -37,6 +38,8 @@ struct AddOptions {
     // False keeps the file as it is, whatever a sample says.
     bool mayCompress = true;
     Progress progress = {};
+    // Hears of the beginning of the file, up to 1 MiB, before anything is written.
+    std::function<void(std::string_view beginning)> beginning = {};
 };
 
 }  // namespace kxudm::vault

@@ -38,27 +38,28 @@ class IMaintenance;
 }
 
 enum class UDMFindingKind {
-    Database,            // the database finds its own file damaged
-    DefinitionMissing,   // an entity of a content definition that the catalogue doesn't have
-    RevisionMissing,     // an entity's newest or working revision isn't stored
-    RevisionStray,       // a stored revision that its entity doesn't know, or in another state
-    AttributesDamaged,   // stored attributes that can't be read
-    SearchAttributes,    // what queries search is not what the newest revision says
-    LinkInterval,        // a link holds for revisions that aren't there, or twice
-    LinkDangling,        // one end of a link isn't there
-    LinkCycle,           // an owner, folder or classification below itself
-    OwnedTwice,          // a child owned by composition has another owner, too
-    InTwoFolders,        // a content in more than one folder
-    FolderEntry,         // a folder knows a content under another name than its own
-    FileInterval,        // as LinkInterval
-    FileDangling,        // a file of an entity that isn't there
-    StrayRow,            // a save point or search row of what isn't there
-    ContentMissing,      // a file's content isn't in the vault
-    ContentDamaged,      // bytes in the vault are not what they should be
-    ContentUnreadable,   // the machine refuses to read them
-    ContentOrphan,       // a content in the vault that no file names
-    VaultStranger,       // a file in the vault that no vault has put there
-    NeighbourUnreadable  // a library beside this one can't be read: orphans can't be told
+    Database,             // the database finds its own file damaged
+    DefinitionMissing,    // an entity of a content definition that the catalogue doesn't have
+    RevisionMissing,      // an entity's newest or working revision isn't stored
+    RevisionStray,        // a stored revision that its entity doesn't know, or in another state
+    AttributesDamaged,    // stored attributes that can't be read
+    SearchAttributes,     // what queries search is not what the newest revision says
+    LinkInterval,         // a link holds for revisions that aren't there, or twice
+    LinkDangling,         // one end of a link isn't there
+    LinkCycle,            // an owner, folder or classification below itself
+    OwnedTwice,           // a child owned by composition has another owner, too
+    InTwoFolders,         // a content in more than one folder
+    FolderEntry,          // a folder knows a content under another name than its own
+    FileInterval,         // as LinkInterval
+    FileDangling,         // a file of an entity that isn't there
+    StrayRow,             // a save point or search row of what isn't there
+    ContentMissing,       // a file's content isn't in the vault
+    ContentDamaged,       // bytes in the vault are not what they should be
+    ContentUnreadable,    // the machine refuses to read them
+    ContentOrphan,        // a content in the vault that no file names
+    VaultStranger,        // a file in the vault that no vault has put there
+    NeighbourUnreadable,  // a library beside this one can't be read: orphans can't be told
+    FullText              // full text search looks at other words than there are
 };
 
 struct UDMFinding {
@@ -120,6 +121,12 @@ class KXUDMRT_EXPORT UDMMaintenance {
     // and changes nothing, where it would come beside a folder of its name or a child would have
     // two owners.
     bool Undelete(const kxString& uid);
+
+    // Makes the full text index anew from attributes and files, which find the same afterwards as
+    // before, unless Verify told otherwise. Other sessions may search and, in between, write; what
+    // is not indexed yet takes them longer. Tells the session's progress listener; cancelled, it
+    // throws UDMCancelledException, and searches do the rest.
+    void RebuildFullText();
 
     // "orphaned content", ...; for reports.
     [[nodiscard]] static const char* Name(UDMFindingKind kind);

@@ -15,6 +15,7 @@
 #include "sql/sqlite/Cursor.h"
 #include "sql/sqlite/Errors.h"
 #include "sql/sqlite/Functions.h"
+#include "sql/sqlite/Tokenizer.h"
 
 namespace kxudm::sql::sqlite {
 namespace {
@@ -86,6 +87,7 @@ class Connection final : public sql::Connection {
     std::int64_t SchemaVersion() override { return Number(USER_VERSION); }
     void SetSchemaVersion(std::int64_t version) override;
     std::vector<std::string> IntegrityProblems() override;
+    void SetPatient(bool patient) override;
     void Flush() override;
     void RequireWritable() override;
 
@@ -213,6 +215,16 @@ void Connection::OpenFile() {
     }
     sqlite3_busy_timeout(database_, options_.busyTimeoutMilliseconds);
     if (const int added = AddFunctions(database_); added != SQLITE_OK) {
+        Fail(added, "open");
+    }
+    const int added = AddTokenizer(database_);
+    if (added == SQLITE_NOTFOUND) {
+        throw Error(ErrorKind::Other,
+                    place_.what + " '" + place_.file +
+                        "' can't be opened: this program runs with an SQLite without full text "
+                        "search; use one that was built with SQLITE_ENABLE_FTS5");
+    }
+    if (added != SQLITE_OK) {
         Fail(added, "open");
     }
 }
@@ -394,6 +406,10 @@ void Connection::BackToNormal() noexcept {
         sqlite3_exec(database_, "PRAGMA synchronous=NORMAL", nullptr, nullptr, nullptr);
         full_ = false;
     }
+}
+
+void Connection::SetPatient(bool patient) {
+    sqlite3_busy_timeout(database_, patient ? options_.busyTimeoutMilliseconds : 0);
 }
 
 // A flushed commit flushes the whole log before it; writing the version again is the smallest one.

@@ -24,6 +24,11 @@ namespace {
 // - from_rev 0 stays as it is when revision 0 is published as 1.
 // - A journal entry with a negative op is told to everybody but its user in its workspace.
 // - `deleted` is 0 or the number of the deletion that hid the entity.
+// - text_attribute and text_content are indexes of prepared texts (text/Terms.h). Row 2 * entity of
+//   text_attribute has the words of the published (or unversioned) revision, the row behind it
+//   those of the working one; entities of which that may be out of date stand in text_pending. A
+//   file's `text` is the row of text_content with its words, 0 for none, -1 where the content could
+//   not be read, NULL where nobody has looked yet.
 constexpr const char* STEP_1 = R"sql(
 CREATE TABLE info (
   key TEXT NOT NULL PRIMARY KEY,
@@ -169,7 +174,34 @@ CREATE INDEX head_attribute_folded ON head_attribute(name, folded) WHERE folded 
 // Nothing ever wrote it.
 constexpr const char* STEP_3 = "DROP TABLE workspace_state;";
 
-constexpr std::array STEPS{SchemaStep{1, STEP_1}, SchemaStep{2, STEP_2}, SchemaStep{3, STEP_3}};
+// Full text search. What is there already waits to be indexed, like what comes later. Words come
+// in by the thousand and are searched by the few: many are collected before they are written.
+constexpr const char* STEP_4 = R"sql(
+CREATE VIRTUAL TABLE text_attribute USING fts5(words, tokenize='kxudm', columnsize=0);
+CREATE VIRTUAL TABLE text_content USING fts5(words, content='', tokenize='kxudm', columnsize=0);
+INSERT INTO text_attribute(text_attribute, rank) VALUES ('automerge', 8), ('hashsize', 16777216);
+INSERT INTO text_content(text_content, rank) VALUES ('automerge', 8), ('hashsize', 33554432);
+CREATE TABLE text_pending (entity INTEGER PRIMARY KEY) STRICT;
+CREATE TRIGGER text_revision_added AFTER INSERT ON revision BEGIN
+  INSERT OR IGNORE INTO text_pending(entity) VALUES (new.id >> 24);
+END;
+CREATE TRIGGER text_revision_changed AFTER UPDATE OF id, display_name, attributes ON revision BEGIN
+  INSERT OR IGNORE INTO text_pending(entity) VALUES (new.id >> 24);
+END;
+CREATE TRIGGER text_revision_removed AFTER DELETE ON revision BEGIN
+  INSERT OR IGNORE INTO text_pending(entity) VALUES (old.id >> 24);
+END;
+CREATE TRIGGER text_name_changed AFTER UPDATE OF name ON entity BEGIN
+  INSERT OR IGNORE INTO text_pending(entity) VALUES (new.id);
+END;
+ALTER TABLE file ADD COLUMN text INTEGER;
+CREATE INDEX file_text ON file(text) WHERE text > 0;
+CREATE INDEX file_text_pending ON file(hash, vault) WHERE text IS NULL AND hash IS NOT NULL;
+INSERT INTO text_pending SELECT id FROM entity;
+)sql";
+
+constexpr std::array STEPS{
+    SchemaStep{1, STEP_1}, SchemaStep{2, STEP_2}, SchemaStep{3, STEP_3}, SchemaStep{4, STEP_4}};
 
 }  // namespace
 

@@ -6,6 +6,7 @@
 
 #include "TemporaryFolder.h"
 #include "sql/sqlite/Connection.h"
+#include "store/FullText.h"
 #include "store/schema/Schema.h"
 
 using namespace kxudm::store;
@@ -19,10 +20,13 @@ std::unique_ptr<sql::Connection> InMemory() {
     return sql::sqlite::Open({.file = ":memory:", .create = true});
 }
 
-// The DDL as the database has it, one statement after the other.
+// The DDL as the database has it, one statement after the other, without the tables in which it
+// keeps the full text index.
 std::string Ddl(sql::Connection& connection) {
     sql::Statement statement(connection,
-                             "SELECT sql FROM sqlite_schema WHERE sql IS NOT NULL ORDER BY rowid");
+                             "SELECT sql FROM sqlite_schema WHERE sql IS NOT NULL"
+                             " AND name NOT GLOB 'text_attribute_*' AND name NOT GLOB"
+                             " 'text_content_*' ORDER BY rowid");
     std::string ddl;
     while (statement.Step()) {
         ddl += statement.String(0) + ";\n";
@@ -87,6 +91,46 @@ TEST(Schema, ALibraryOfVersion1GetsItsFoldedTexts) {
     ASSERT_TRUE(folded.Step());
     EXPECT_EQ(folded.Text(0), "tsteel");
     EXPECT_FALSE(folded.Step());
+}
+
+TEST(Schema, ALibraryOfVersion2IsSearchedForItsWords) {
+    TemporaryFolder folder;
+    auto connection = sql::sqlite::Open(
+        {.file = folder.File("Old.ldb"), .create = true, .applicationId = LIBRARY_APPLICATION_ID});
+    BringForward(*connection, LibrarySchema().first(2), "library");
+    EXPECT_EQ(connection->SchemaVersion(), 2);
+    connection->Execute(
+        "INSERT INTO entity(uid, definition, name, published, created_time, created_user,"
+        " created_workspace) VALUES ('1', 'D', 'Wheel', 0, 1, '', ''), ('2', 'D', 'Rim', 0, 1, '',"
+        " '');"
+        "INSERT INTO revision(id, state, display_name, created_time, created_user, modified_time,"
+        " modified_user, workspace, attributes) SELECT id << 24, 2, name, 1, '', 1, '', '', x''"
+        " FROM entity;"
+        "INSERT INTO head_attribute(entity, name, working, value) VALUES (1, 't', 0, 'Steel');"
+        "INSERT INTO file(entity, name, from_rev, hash, size, modified_time, added_time, is_text)"
+        " VALUES (2, 'deck', 0, 'abc', 1, 1, 1, 1)");
+    connection.reset();
+    const auto store = LibraryStore::Open(folder.File("Old.ldb"));
+    EXPECT_EQ(store->Connection().SchemaVersion(), 3);
+    const TextReader reader = [](const std::string&, const std::string& hash) {
+        return std::optional<std::string>(hash == "abc" ? "bolt nut" : "");
+    };
+    FullText texts(*store, reader);
+    for (const bool indexed : {false, true}) {
+        const auto find = [&](const char* words) {
+            std::vector<EntityRow> rows;
+            const kxudm::text::Question question(
+                words, kxudm::text::Mode::All, kxudm::text::Letters::Folded);
+            store->Find(texts.Search(question, THE_PUBLIC), THE_PUBLIC, false, 0, 0, rows);
+            return rows.size() == 1 ? rows[0].name : std::to_string(rows.size());
+        };
+        EXPECT_EQ(find("steel"), "Wheel") << indexed;
+        EXPECT_EQ(find("nut"), "Rim") << indexed;
+        EXPECT_EQ(find("rim bolt"), "Rim") << indexed;
+        EXPECT_EQ(find("steel bolt"), "0") << indexed;
+        EXPECT_EQ(texts.CountPending(), indexed ? 0 : 3);
+        EXPECT_FALSE(texts.BringForward());
+    }
 }
 
 TEST(Schema, StepsOneByOneGiveTheSameAsAllAtOnce) {

@@ -18,6 +18,7 @@ class KXUDMRT_EXPORT IMaintenance {
     virtual UDMPurged PurgeLibrary(const UDMPurgeOptions& options) = 0;
     virtual kxStlVector<UDMDeletedEntity> ListDeleted() = 0;
     virtual bool UndeleteEntity(const kxString& uid) = 0;
+    virtual void RebuildFullTextIndex() = 0;
 };
 
 }  // namespace kxudm::spi

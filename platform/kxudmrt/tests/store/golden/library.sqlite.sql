@@ -90,7 +90,7 @@ CREATE TABLE file (
   added_time INTEGER NOT NULL,
   is_text INTEGER NOT NULL,
   external_path TEXT,
-  vault TEXT,
+  vault TEXT, text INTEGER,
   CHECK (from_rev < to_rev),
   CHECK ((hash IS NULL) = (external_path IS NOT NULL)),
   PRIMARY KEY (entity, to_rev, name, from_rev)
@@ -111,3 +111,20 @@ CREATE TABLE journal (
 ) STRICT;
 CREATE INDEX entity_name_folded ON entity(name_folded) WHERE name_folded IS NOT NULL;
 CREATE INDEX head_attribute_folded ON head_attribute(name, folded) WHERE folded IS NOT NULL;
+CREATE VIRTUAL TABLE text_attribute USING fts5(words, tokenize='kxudm', columnsize=0);
+CREATE VIRTUAL TABLE text_content USING fts5(words, content='', tokenize='kxudm', columnsize=0);
+CREATE TABLE text_pending (entity INTEGER PRIMARY KEY) STRICT;
+CREATE TRIGGER text_revision_added AFTER INSERT ON revision BEGIN
+  INSERT OR IGNORE INTO text_pending(entity) VALUES (new.id >> 24);
+END;
+CREATE TRIGGER text_revision_changed AFTER UPDATE OF id, display_name, attributes ON revision BEGIN
+  INSERT OR IGNORE INTO text_pending(entity) VALUES (new.id >> 24);
+END;
+CREATE TRIGGER text_revision_removed AFTER DELETE ON revision BEGIN
+  INSERT OR IGNORE INTO text_pending(entity) VALUES (old.id >> 24);
+END;
+CREATE TRIGGER text_name_changed AFTER UPDATE OF name ON entity BEGIN
+  INSERT OR IGNORE INTO text_pending(entity) VALUES (new.id);
+END;
+CREATE INDEX file_text ON file(text) WHERE text > 0;
+CREATE INDEX file_text_pending ON file(hash, vault) WHERE text IS NULL AND hash IS NOT NULL;

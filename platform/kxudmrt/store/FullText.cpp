@@ -1,0 +1,227 @@
+// How the full text index is kept. How it is searched: FullTextSearch.cpp.
+#include "store/FullText.h"
+
+#include <utility>
+
+#include "store/TextDocuments.h"
+#include "store/TextStatements.h"
+#include "text/Terms.h"
+
+namespace kxudm::store {
+namespace {
+
+// Other writers wait for so much.
+constexpr int kEntitiesAtOnce = 1000;
+constexpr int kContentsAtOnce = 100;
+constexpr std::size_t kBytesAtOnce = std::size_t{4} << 20;
+
+constexpr std::string_view kNoteOfDocuments = "text_document";
+constexpr std::int64_t kNoWords = 0;
+constexpr std::int64_t kUnreadable = -1;
+
+void AppendText(std::string& document, std::string_view text) {
+    if (!document.empty()) {
+        text::AppendGap(document);
+    }
+    text::AppendPrepared(document, text, text::Source::Attribute);
+}
+
+void SetDocument(sql::Connection& connection, std::int64_t row, const std::string& words) {
+    {
+        sql::Statement find(connection, statements::TEXT_OF);
+        find.BindAll(row);
+        const bool there = find.Step();
+        if (there ? find.Text(0) == words : words.empty()) {
+            return;
+        }
+    }
+    if (words.empty()) {
+        sql::Statement drop(connection, statements::DROP_TEXT);
+        drop.BindAll(row);
+        drop.Run();
+        return;
+    }
+    sql::Statement set(connection, statements::SET_TEXT);
+    set.BindAll(row, words);
+    set.Run();
+}
+
+void IndexEntity(sql::Connection& connection, EntityId id) {
+    const TextDocuments documents = DocumentsOf(connection, id);
+    SetDocument(connection, TextRow(id, false), documents.published);
+    SetDocument(connection, TextRow(id, true), documents.working);
+    sql::Statement unmark(connection, statements::UNMARK_TEXT);
+    unmark.BindAll(id);
+    unmark.Run();
+}
+
+// Numbers are never given twice: a document that no file has may still stand in the index.
+std::int64_t NextDocument(sql::Connection& connection) {
+    std::int64_t last = 0;
+    {
+        sql::Statement find(connection, statements::INFO);
+        find.BindAll(kNoteOfDocuments);
+        last = find.Step() ? std::stoll(find.String(0)) : 0;
+    }
+    const std::string next = std::to_string(last + 1);
+    sql::Statement set(connection, statements::SET_INFO);
+    set.BindAll(kNoteOfDocuments, next);
+    set.Run();
+    return last + 1;
+}
+
+struct PendingContent {
+    std::string hash;
+    std::string vault;
+    std::optional<std::string> prepared = std::nullopt;
+};
+
+std::vector<PendingContent> ReadPendingContents(sql::Connection& connection) {
+    std::vector<PendingContent> contents;
+    sql::Statement find(connection, statements::CONTENTS_PENDING);
+    find.BindAll(kContentsAtOnce);
+    while (find.Step()) {
+        contents.push_back({find.String(0), find.String(1)});
+    }
+    return contents;
+}
+
+}  // namespace
+
+void MarkTexts(LibraryStore& store, EntityId id) {
+    sql::Statement mark(store.Connection(), statements::MARK_TEXT);
+    mark.BindAll(id);
+    mark.Run();
+}
+
+TextDocuments DocumentsOf(sql::Connection& connection, EntityId id) {
+    TextDocuments documents;
+    std::string entityName;
+    bool isPublished = false;
+    bool isWorking = false;
+    {
+        sql::Statement entity(connection, statements::TEXT_ENTITY);
+        entity.BindAll(id);
+        if (!entity.Step()) {
+            return documents;
+        }
+        entityName = entity.String(0);
+        isPublished = entity.Int(1) != 0;
+        isWorking = entity.Int(2) != 0;
+    }
+    AppendText(documents.published, entityName);
+    documents.working = documents.published;
+    // Of each name the published value comes first, then the working one, which counts instead.
+    std::string name;
+    std::string value;
+    bool ofWorking = false;
+    const auto end = [&] {
+        if (!value.empty() && value != entityName) {
+            AppendText(documents.working, value);
+        }
+        value.clear();
+    };
+    sql::Statement heads(connection, statements::TEXT_HEADS);
+    heads.BindAll(id);
+    while (heads.Step()) {
+        if (heads.Text(0) != name) {
+            end();
+            name = heads.String(0);
+        }
+        value = heads.String(2);
+        ofWorking = heads.Int(1) != 0;
+        if (!ofWorking && !value.empty() && value != entityName) {
+            AppendText(documents.published, value);
+        }
+    }
+    end();
+    if (!isPublished) {
+        documents.published.clear();
+    }
+    if (!isWorking) {
+        documents.working.clear();
+    }
+    return documents;
+}
+
+std::int64_t AddContentText(LibraryStore& store, std::string_view hash, std::string_view prepared) {
+    sql::Connection& connection = store.Connection();
+    {
+        sql::Statement find(connection, statements::CONTENT_TEXT_OF);
+        find.BindAll(hash);
+        if (find.Step()) {
+            return find.Int64(0);
+        }
+    }
+    if (prepared.empty()) {
+        return kNoWords;
+    }
+    sql::Transaction transaction(connection);
+    const std::int64_t document = NextDocument(connection);
+    sql::Statement add(connection, statements::ADD_CONTENT_TEXT);
+    add.BindAll(document, prepared);
+    add.Run();
+    transaction.Commit();
+    return document;
+}
+
+bool FullText::BringForward() {
+    const bool entities = IndexEntities();
+    return IndexContents() || entities;
+}
+
+bool FullText::IndexEntities() {
+    const auto read = [this] {
+        std::vector<EntityId> pending;
+        sql::Statement find(_store.Connection(), statements::TEXT_PENDING);
+        find.BindAll(kEntitiesAtOnce);
+        while (find.Step()) {
+            pending.push_back(find.Int64(0));
+        }
+        return pending;
+    };
+    // A look without the lock first: mostly there is nothing.
+    if (read().empty()) {
+        return false;
+    }
+    return _store.Update([&] {
+        const std::vector<EntityId> pending = read();
+        for (const EntityId id : pending) {
+            IndexEntity(_store.Connection(), id);
+        }
+        return pending.size() == kEntitiesAtOnce;
+    });
+}
+
+bool FullText::IndexContents() {
+    std::vector<PendingContent> pending = ReadPendingContents(_store.Connection());
+    const bool more = pending.size() == kContentsAtOnce;
+    // Read before the lock is taken: contents never change.
+    std::size_t bytes = 0;
+    std::size_t count = 0;
+    for (; count < pending.size() && bytes < kBytesAtOnce; ++count) {
+        pending[count].prepared = _reader(pending[count].vault, pending[count].hash);
+        bytes += pending[count].prepared.value_or(std::string()).size();
+    }
+    if (count == 0) {
+        return false;
+    }
+    _store.Update([&] {
+        for (std::size_t i = 0; i < count; ++i) {
+            const PendingContent& content = pending[i];
+            const std::int64_t document =
+                content.prepared ? AddContentText(_store, content.hash, *content.prepared)
+                                 : kUnreadable;
+            sql::Statement set(_store.Connection(), statements::SET_CONTENT_TEXT);
+            set.BindAll(content.hash, document);
+            set.Run();
+        }
+    });
+    return more || count < pending.size();
+}
+
+void FullText::Clear() {
+    _store.Update([this] { _store.Connection().Execute(statements::CLEAR_TEXTS); });
+}
+
+}  // namespace kxudm::store

@@ -1,0 +1,83 @@
+// The full text index of a library: the words of attributes, and of files.
+//
+// Layer: store. Belongs to a LibraryStore and its thread. What is known of words stands in text/;
+// the content of files comes from a Reader, since the store knows no vault.
+//
+// Nobody who changes a library indexes anything. Triggers mark the entity whose words changed (a
+// row of text_pending), and a file's row says which document holds its words (NULL: none yet). A
+// search brings the index forward if the write lock is free just then, and compares what is left
+// over in memory. So an edit costs what it has cost, and a search never waits for a writer and
+// never misses a word, even within a transaction that is still open.
+//
+// Whoever writes rows of revisions, entities or files, in bulk, too, has to call nothing. Two are
+// different: who changes head_attribute without the revision calls MarkTexts, and who has the
+// content of a file in memory saves the next search from reading it again by
+//
+//     row.text = AddContentText(store, row.hash, prepared);  // in the transaction of the row
+//
+// A document of attributes belongs to an entity and is replaced. One of a content belongs to its
+// hash and is never changed: whatever files it has, whoever sees them, stands in the table of
+// files. Such documents without a file are removed by a rebuild.
+#ifndef KXUDMRT_STORE_FULLTEXT_H
+#define KXUDMRT_STORE_FULLTEXT_H
+
+#include <cstdint>
+#include <functional>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "store/LibraryCheck.h"
+#include "store/LibraryStore.h"
+#include "text/Question.h"
+
+namespace kxudm::store {
+
+// The prepared text (text/Terms.h) of a content; empty for what is no text. Nothing: it can't be
+// read, which is not to be told here.
+using TextReader =
+    std::function<std::optional<std::string>(const std::string& vault, const std::string& hash)>;
+
+// What queries see of the entity's attributes has changed.
+void MarkTexts(LibraryStore& store, EntityId id);
+
+// Number of the document that holds a content's prepared text; 0 if there are no words in it.
+[[nodiscard]] std::int64_t AddContentText(LibraryStore& store,
+                                          std::string_view hash,
+                                          std::string_view prepared);
+
+class FullText {
+  public:
+    // Both outlive it.
+    FullText(LibraryStore& store, const TextReader& reader) : _store(store), _reader(reader) {}
+
+    // Indexes a portion of what is new, in a transaction of its own. False: nothing was left.
+    // Throws sql::Error of kind Busy where the write lock can't be had; see Connection::SetPatient.
+    bool BringForward();
+
+    // What the newest revisions meet that the question finds, for LibraryStore::Find. Inside of a
+    // View together with that. The values of the condition must be the first ones that are bound.
+    [[nodiscard]] Condition Search(const text::Question& question, const Viewer& viewer);
+
+    // --- Care ---
+
+    // How many entities and contents are not indexed yet.
+    [[nodiscard]] std::int64_t CountPending();
+    // Forgets everything; BringForward makes it anew.
+    void Clear();
+    // Reports what is indexed otherwise than it should be. `withContents` reads all texts of files
+    // again. Inside of a View.
+    void Check(bool withContents, const Report& report);
+
+  private:
+    bool IndexEntities();
+    bool IndexContents();
+
+    LibraryStore& _store;
+    const TextReader& _reader;
+};
+
+}  // namespace kxudm::store
+
+#endif
