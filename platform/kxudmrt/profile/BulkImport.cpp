@@ -168,7 +168,11 @@ store::FileRow BulkImport::Store(const std::string& name,
 
 // While the file is compressed and written. What is too much to be kept is indexed later.
 void BulkImport::PrepareText(std::string_view beginning, std::future<std::string>& text) {
-    if (text::MayBeText(beginning) && _textBytes < kMostTextBytes) {
+    if (!text::MayBeText(beginning)) {
+        std::promise<std::string> nothing;
+        nothing.set_value({});
+        text = nothing.get_future();
+    } else if (_textBytes < kMostTextBytes) {
         _textBytes += beginning.size();
         text = _texts.Prepare(beginning);
     }

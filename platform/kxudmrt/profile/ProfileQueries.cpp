@@ -82,7 +82,7 @@ std::int64_t FindTexts(Session& session,
         condition.values.insert(
             condition.values.end(), allowed.values.begin(), allowed.values.end());
         return session.Store().VisitHits(
-            condition, session.Viewer(), wanted.rootsOnly, wanted.from, wanted.to, rows, true);
+            condition, session.Viewer(), wanted.rootsOnly, wanted.from, wanted.to, visit);
     });
 }
 

@@ -56,8 +56,9 @@ class FullText {
     // Throws sql::Error of kind Busy where the write lock can't be had; see Connection::SetPatient.
     bool BringForward();
 
-    // What the newest revisions meet that the question finds, for LibraryStore::Find. Inside of a
-    // View together with that. The values of the condition must be the first ones that are bound.
+    // What the newest revisions meet that the question finds, for LibraryStore::VisitHits. Inside
+    // of a View together with that. The values of the condition must be the first ones that are
+    // bound.
     [[nodiscard]] Condition Search(const text::Question& question, const Viewer& viewer);
 
     // --- Care ---

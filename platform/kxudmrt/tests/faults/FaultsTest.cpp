@@ -128,6 +128,13 @@ void Purge(World& world) {
     static_cast<void>(UDMMaintenance(world.Session()).Purge(options));
 }
 
+// By full text search, as the only hit.
+void ExpectFound(World& world, const kxString& text, int mode, const kxString& name) {
+    kxStlVector<UDMItemHandle> hits;
+    world.Profile().RunQuery(hits, text, mode, 0, 0, UDMQuerySettingHandle(), false, true);
+    EXPECT_EQ(DisplayNames(hits), Names{name}) << text;
+}
+
 std::vector<Deed> Deeds() {
     return {
         {"check_out",
@@ -172,6 +179,26 @@ std::vector<Deed> Deeds() {
              EXPECT_THAT(world.Documents(Exact(world, "Rib", 1)),
                          ElementsAre("rib.inp=" + Deck("rib.inp", world)));
          }},
+        {"search_after_an_edit",
+         [](World& world) {
+             world.Profile().SetAttributeValue(world.Named("Rib"), "description", "riveted");
+             ExpectFound(world, "riveted", 0, "Rib");
+         },
+         [](World& world) {
+             ExpectFound(world, "riveted rib", 0, "Rib");
+             ExpectFound(world, "done stiffer", 0, "Spar");
+         },
+         true},
+        {"search_after_a_publish",
+         [](World& world) {
+             const UDMItemHandle spar = world.Named("Spar");
+             if (spar.IsEditable()) {
+                 world.Profile().PersistEntity(spar, "done", false, true, true);
+             }
+             ExpectFound(world, "stiffer", 2, "Spar");
+         },
+         [](World& world) { ExpectFound(world, "stiffer done", 0, "Spar"); },
+         true},
         {"undo",
          [](World& world) { world.Profile().UndoCheckout(world.Named("Spar")); },
          [](World& world) {

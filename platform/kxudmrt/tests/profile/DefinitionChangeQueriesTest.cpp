@@ -41,6 +41,28 @@ TEST_F(DefinitionChangeQueries, D2_AnAddedAttributeIsFoundByItsDefault) {
     EXPECT_THAT(Hits(bob, "attrib.finish == raw"), ElementsAre("Published"));
 }
 
+TEST_F(DefinitionChangeQueries, D3_FullTextSearchFollowsAttributesThatComeAndGo) {
+    const auto find = [](const ProfilePtr& profile, const kxString& text) {
+        kxStlVector<UDMItemHandle> hits;
+        profile->RunQuery(hits, text, 0, 0, 0, {}, false, true);
+        return DisplayNames(hits);
+    };
+    const UDMItemHandle wheel = CheckOut(ann, Published(ann, "Wheel"));
+    ann->SetAttributeValue(wheel, "material", "steel");
+    EXPECT_THAT(find(ann, "steel"), ElementsAre("Wheel"));
+    EXPECT_TRUE(Add(ann, "Part", Record("finish", "String", "raw")));
+    EXPECT_THAT(find(ann, "raw steel"), ElementsAre("Wheel"));
+    EXPECT_THAT(find(bob, "raw"), ElementsAre("Wheel"));
+    EXPECT_TRUE(Remove(ann, "Part", "material"));
+    EXPECT_THAT(find(ann, "steel"), IsEmpty());
+    EXPECT_THAT(find(ann, "raw"), ElementsAre("Wheel"));
+    Publish(ann, wheel);
+    EXPECT_THAT(find(bob, "steel"), IsEmpty());
+    EXPECT_TRUE(Add(ann, "Part", Record("material", "String")));
+    EXPECT_THAT(find(bob, "steel"), ElementsAre("Wheel"));
+    EXPECT_THAT(Texts(UDMMaintenance(ann).Verify(AT_ONCE)), IsEmpty());
+}
+
 TEST_F(DefinitionChangeQueries, D2_ABranchOfAnOlderRevisionIsFoundByDefaultsAndNotByWhatIsHidden) {
     UDMItemHandle part = ann->CreateEntity("Part", "Wheel");
     ann->SetAttributeValue(part, "count", 4);

@@ -170,14 +170,6 @@ TEST_F(Queries, ThatAreNoneAreRefusedWithPositionAndExpectation) {
     EXPECT_THAT(Refusal([&] { ann->GetClassifications(found, "name"); }), HasSubstr("like"));
 }
 
-TEST_F(Queries, InFullTextAreNotOfferedYet) {
-    for (const int mode : {0, 1, 2}) {
-        EXPECT_THAT(Refusal<UDMNotSupportedException>(
-                        [&] { ann->RunQuery(found, "rim", mode, 0, 0, {}, false, true); }),
-                    testing::AllOf(HasSubstr("rim"), HasSubstr("full text")));
-    }
-}
-
 TEST_F(Queries, OfAnUnknownModeAreRefused) {
     for (const auto& [mode, fullText] :
          std::vector<std::pair<int, bool>>{{3, true}, {-2, true}, {-1, true}, {0, false}}) {

@@ -111,18 +111,23 @@ TEST(Schema, ALibraryOfVersion2IsSearchedForItsWords) {
         " VALUES (2, 'deck', 0, 'abc', 1, 1, 1, 1)");
     connection.reset();
     const auto store = LibraryStore::Open(folder.File("Old.ldb"));
-    EXPECT_EQ(store->Connection().SchemaVersion(), 3);
+    EXPECT_EQ(store->Connection().SchemaVersion(), 4);
     const TextReader reader = [](const std::string&, const std::string& hash) {
         return std::optional<std::string>(hash == "abc" ? "bolt nut" : "");
     };
     FullText texts(*store, reader);
     for (const bool indexed : {false, true}) {
         const auto find = [&](const char* words) {
-            std::vector<EntityRow> rows;
+            std::vector<std::string> names;
             const kxudm::text::Question question(
                 words, kxudm::text::Mode::All, kxudm::text::Letters::Folded);
-            store->Find(texts.Search(question, THE_PUBLIC), THE_PUBLIC, false, 0, 0, rows);
-            return rows.size() == 1 ? rows[0].name : std::to_string(rows.size());
+            store->VisitHits(texts.Search(question, THE_PUBLIC),
+                             THE_PUBLIC,
+                             false,
+                             0,
+                             0,
+                             [&](const EntityRow& row) { names.push_back(row.name); });
+            return names.size() == 1 ? names[0] : std::to_string(names.size());
         };
         EXPECT_EQ(find("steel"), "Wheel") << indexed;
         EXPECT_EQ(find("nut"), "Rim") << indexed;
