@@ -1,6 +1,6 @@
 // Queries of attributes with 100 hits among `size` contents: UDMDBCtrl::ExecQuery, from the text of
 // the query to handles with their attributes; and a listing of `size` children that an expression
-// thins out to 100: UDMDBCtrl::GetChildren.
+// thins out to 100: UDMDBCtrl::GetChildren; and full text search: UDMDBCtrl::ExecQueryFullText.
 //
 // Floor: the best statement for it, written by hand, prepared once and with values bound: the index
 // finds the entities; entity and newest revision are joined to them; each row is copied into one of
@@ -10,6 +10,8 @@
 #include <kxudm/UDMQuerySettings.h>
 
 #include <algorithm>
+#include <filesystem>
+#include <map>
 
 #include "Floor.h"
 #include "SampleLibrary.h"
@@ -190,5 +192,87 @@ BENCHMARK(OursChildren)
     ->Arg(1000)
     ->Arg(10000)
     ->Unit(benchmark::kMicrosecond);
+
+// Words of the same 100 contents. Floor: an index of its own over the same texts, which bare FTS5
+// folds by itself, and the rows of what it finds.
+void FloorWords(benchmark::State& state, const char* match) {
+    SampleLibrary& library = Library(state.range(0));
+    static std::map<std::int64_t, std::filesystem::path> copies;
+    std::filesystem::path& copy = copies[state.range(0)];
+    const bool isNew = copy.empty();
+    if (isNew) {
+        copy = library.CopyForFloor();
+    }
+    const bench::Database database = bench::OpenByHand(copy);
+    if (isNew) {
+        bench::Execute(database,
+                       "CREATE VIRTUAL TABLE bare USING fts5(words, content='',"
+                       " tokenize='unicode61 remove_diacritics 2');"
+                       "INSERT INTO bare(rowid, words) SELECT entity, group_concat(value, ' ')"
+                       " FROM head_attribute WHERE typeof(value) = 'text' GROUP BY entity");
+    }
+    const bench::Statement find =
+        bench::Prepare(database,
+                       "SELECT " BENCH_ROW_COLUMNS
+                       " FROM bare b CROSS JOIN entity e ON e.id = b.rowid AND e.deleted = 0"
+                       " CROSS JOIN revision r ON r.id ="
+                       " (e.id << 24) + CASE WHEN " MINE
+                       " THEN e.working ELSE e.published END WHERE bare MATCH ?1 ORDER BY b.rowid");
+    for (auto _ : state) {
+        std::vector<bench::Row> rows;
+        bench::BindText(find, 1, match);
+        while (sqlite3_step(find.get()) == SQLITE_ROW) {
+            bench::CopyRow(find, rows.emplace_back());
+        }
+        sqlite3_reset(find.get());
+        state.PauseTiming();
+        if (rows.size() != HITS) {
+            state.SkipWithError("wrong number of hits");
+        }
+        rows = {};
+        state.ResumeTiming();
+    }
+}
+
+void OursWords(benchmark::State& state, const char* text, int mode) {
+    SampleLibrary& library = Library(state.range(0));
+    kxudm::UDMQuerySettingHandle settings;
+    const auto search = [&](kxStlVector<kxudm::UDMItemHandle>& hits) {
+        library.Session().ExecQueryFullText(text, mode, settings, hits, 0, 0, false);
+    };
+    {
+        // What was created is indexed now.
+        kxStlVector<kxudm::UDMItemHandle> hits;
+        search(hits);
+    }
+    for (auto _ : state) {
+        kxStlVector<kxudm::UDMItemHandle> hits;
+        search(hits);
+        state.PauseTiming();
+        if (hits.size() != HITS) {
+            state.SkipWithError("wrong number of hits");
+        }
+        hits = {};
+        state.ResumeTiming();
+    }
+}
+
+void Libraries(benchmark::internal::Benchmark* benchmark) {
+    benchmark->Arg(40000)->Arg(400000)->Unit(benchmark::kMicrosecond);
+}
+BENCHMARK_CAPTURE(FloorWords, word, "bonnet")->Name("full text, a word/floor")->Apply(Libraries);
+BENCHMARK_CAPTURE(OursWords, word, "bonnet", 0)->Name("full text, a word/ours")->Apply(Libraries);
+BENCHMARK_CAPTURE(FloorWords, words, "implicit AND hinge")
+    ->Name("full text, all words/floor")
+    ->Apply(Libraries);
+BENCHMARK_CAPTURE(OursWords, words, "implicit hinge", 0)
+    ->Name("full text, all words/ours")
+    ->Apply(Libraries);
+BENCHMARK_CAPTURE(FloorWords, phrase, "\"bonnet hin\" *")
+    ->Name("full text, a phrase/floor")
+    ->Apply(Libraries);
+BENCHMARK_CAPTURE(OursWords, phrase, "bonnet hin*", 2)
+    ->Name("full text, a phrase/ours")
+    ->Apply(Libraries);
 
 }  // namespace

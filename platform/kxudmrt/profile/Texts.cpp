@@ -1,5 +1,6 @@
 #include "profile/Texts.h"
 
+#include <system_error>
 #include <utility>
 
 #include "text/Decode.h"
@@ -84,12 +85,10 @@ std::future<std::string> TextPreparer::Prepare(std::string_view beginning) {
     beginning = beginning.substr(0, text::kLongestText);
     Task task([bytes = std::string(beginning)] { return PreparedFile(bytes); });
     std::future<std::string> prepared = task.get_future();
-    if (!_thread.joinable()) {
-        _thread = std::thread(&TextPreparer::Work, this);
-    }
+    const bool hasThread = Begin();
     {
         const std::lock_guard lock(_mutex);
-        if (_waitingBytes < kMostWaitingBytes) {
+        if (hasThread && _waitingBytes < kMostWaitingBytes) {
             _waitingBytes += beginning.size();
             _waiting.emplace_back(std::move(task), beginning.size());
         }
@@ -100,6 +99,18 @@ std::future<std::string> TextPreparer::Prepare(std::string_view beginning) {
         _changed.notify_one();
     }
     return prepared;
+}
+
+// False where the machine has no thread to spare.
+bool TextPreparer::Begin() {
+    if (!_thread.joinable()) {
+        try {
+            _thread = std::thread(&TextPreparer::Work, this);
+        } catch (const std::system_error&) {
+            return false;
+        }
+    }
+    return true;
 }
 
 void TextPreparer::Work() {

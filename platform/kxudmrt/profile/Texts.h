@@ -42,6 +42,7 @@ class TextPreparer {
   private:
     using Task = std::packaged_task<std::string()>;
 
+    bool Begin();
     void Work();
 
     std::mutex _mutex;  // of what follows
