@@ -14,7 +14,6 @@ namespace demo {
 
 namespace {
 
-constexpr char kLibrary[] = "Demo";
 constexpr char kWorkspace[] = "first_read";
 constexpr char kProfile[] = "local";
 
@@ -41,8 +40,11 @@ void WriteSettings(const std::string& defaults,
 
 }  // namespace
 
-Library::Library(const std::filesystem::path& data, const std::filesystem::path& home)
-    : _libraries(home / "libraries"), _workspace(home / "workspace") {
+Library::Library(const std::filesystem::path& data,
+                 const std::filesystem::path& home,
+                 const kxString& name,
+                 const kxString& folder)
+    : _name(name), _libraries(home / std::string(folder)), _workspace(home / "workspace") {
     std::error_code error;
     std::filesystem::create_directories(home, error);
     if (error) {
@@ -70,14 +72,14 @@ Library::~Library() {
 }
 
 bool Library::Exists() const {
-    return !_manager->GetLibraryIDByName(User(), kLibrary, kxct::CONN_TYPE_LIBRARY).empty();
+    return !_manager->GetLibraryIDByName(User(), _name, kxct::CONN_TYPE_LIBRARY).empty();
 }
 
 void Library::Create() {
     std::filesystem::create_directories(_libraries);
     Connected(_factory->CreateController(_manager,
                                          kProfile,
-                                         kLibrary,
+                                         _name,
                                          _libraries.string(),
                                          kWorkspace,
                                          _workspace.string(),
@@ -88,8 +90,7 @@ void Library::Create() {
 }
 
 void Library::Open() {
-    kxct::Controller* controller =
-        _factory->GetController(_manager, kLibrary, kWorkspace, User(), "");
+    kxct::Controller* controller = _factory->GetController(_manager, _name, kWorkspace, User(), "");
     if (!controller->IsDBValid()) {
         // A user who is new to the library has no workspace yet; creating attaches to what exists.
         _factory->DeleteController(controller);
@@ -106,10 +107,10 @@ void Library::Connected(kxct::Controller* controller) {
     // connected one this is the same session, with one more user.
     kxct::UDMDBCtrl* session = nullptr;
     if (_controller->IsDBValid()) {
-        session = manager->Open(kLibrary, kWorkspace, User(), "", kxct::CONN_TYPE_LIBRARY);
+        session = manager->Open(_name, kWorkspace, User(), "", kxct::CONN_TYPE_LIBRARY);
     } else {
         session = manager->Create(kProfile,
-                                  kLibrary,
+                                  _name,
                                   _libraries.string(),
                                   kWorkspace,
                                   _workspace.string(),
@@ -122,7 +123,7 @@ void Library::Connected(kxct::Controller* controller) {
                                   "",
                                   "");
         manager->Close(session);
-        throw std::runtime_error("The library \"Demo\" could not be opened");
+        throw std::runtime_error("The library \"" + _name + "\" could not be opened");
     }
     _session = session->GetProfile();
     manager->Close(session);
@@ -130,7 +131,7 @@ void Library::Connected(kxct::Controller* controller) {
 
 std::string Library::Path() const {
     kxStlVector<kxString> values;
-    _manager->GetLibraryInfoByName(User(), kLibrary, {"ldbFile"}, values, kxct::CONN_TYPE_LIBRARY);
+    _manager->GetLibraryInfoByName(User(), _name, {"ldbFile"}, values, kxct::CONN_TYPE_LIBRARY);
     return values.size() == 2 ? values[1] : kxString();
 }
 

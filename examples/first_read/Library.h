@@ -1,4 +1,4 @@
-// The library "Demo" as a host holds it: settings, manager, controller.
+// A library as a host holds it: settings, manager, controller.
 #pragma once
 
 #include <kxctinterfaces/Controller.h>
@@ -19,7 +19,11 @@ class Library {
   public:
     // Makes the settings below `home` from the default ones in `data`, and a manager on them.
     // Throws std::exception where `home` can't be written.
-    Library(const std::filesystem::path& data, const std::filesystem::path& home);
+    // Several may stand below one `home` at once, each by its name in a folder of its own.
+    Library(const std::filesystem::path& data,
+            const std::filesystem::path& home,
+            const kxString& name = "Demo",
+            const kxString& folder = "libraries");
     Library(const Library&) = delete;
     Library& operator=(const Library&) = delete;
     // Gives the controller, then the manager back to the factory.
@@ -42,6 +46,7 @@ class Library {
   private:
     void Connected(kxct::Controller* controller);
 
+    kxString _name;
     std::filesystem::path _libraries;
     std::filesystem::path _workspace;
     kxct::Factory* _factory = nullptr;

@@ -1,7 +1,8 @@
 // Keeps a folder of real files as a managed tree, the way a host would: makes settings, creates a
 // library and a workspace, imports the folder and publishes it, takes one content through the life
-// of revisions, lets go of everything, opens the library again, reads every entry back by its UID,
-// and retrieves all files and compares them with the folder.
+// of revisions, classifies and relates some contents, lets go of everything, opens the library
+// again, reads every entry back by its UID, searches, retrieves all files and compares them with
+// the folder, and carries everything over to a second library.
 //
 //     first_read DATA HOME FOLDER
 //
@@ -16,11 +17,14 @@
 #include <iostream>
 #include <system_error>
 
+#include "Connections.h"
+#include "Exchange.h"
 #include "FolderImport.h"
 #include "Library.h"
 #include "Report.h"
 #include "Retrieval.h"
 #include "RevisionTour.h"
+#include "Search.h"
 
 namespace {
 
@@ -90,6 +94,7 @@ int Run(const fs::path& data, const fs::path& home, const fs::path& folder) {
             entries.begin(), entries.end(), [](const auto& entry) { return !entry.isFolder; });
         if (content != entries.end()) {
             complete = demo::LiveThrough(library, *content) && complete;
+            complete = demo::Connect(library, entries) && complete;
         }
     }
     watch.Lap();
@@ -101,6 +106,8 @@ int Run(const fs::path& data, const fs::path& home, const fs::path& folder) {
     const double readSeconds = watch.Lap();
 
     demo::PrintTree(library, entries, kTreeLines);
+    demo::PrintConnections(library);
+    demo::PrintSearches(library);
     const std::size_t contents = demo::CountContents(entries);
     std::cout << "folders: " << entries.size() - contents << "\ncontents: " << contents
               << "\nread back: " << equal << " of " << contents
@@ -113,8 +120,12 @@ int Run(const fs::path& data, const fs::path& home, const fs::path& folder) {
     std::cout << "retrieved: " << identical << " of " << contents
               << " identical\nrevisions: " << demo::CountRevisions(library, entries)
               << "\nvault: " << vault.distinct << " distinct of " << vault.files << " files, "
-              << vault.bytes << " bytes\n";
-    return complete && equal == contents && identical == contents ? 0 : 1;
+              << vault.bytes << " bytes" << std::endl;
+    demo::Library copy(data, home, "Copy", "copy");
+    copy.Exists() ? copy.Open() : copy.Create();
+    const std::size_t exchanged = demo::CountExchanged(library, copy, entries, home);
+    std::cout << "exchange: " << exchanged << " of " << contents << " equal\n";
+    return complete && equal == contents && identical == contents && exchanged == contents ? 0 : 1;
 }
 
 }  // namespace
