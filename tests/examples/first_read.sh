@@ -25,7 +25,7 @@ expect() {
 }
 
 mkdir -p "$work/plain/sub"
-printf 'abc' >"$work/plain/deck.inp"
+printf '*MATERIAL\n*ELASTIC\n' >"$work/plain/deck.inp"
 printf 'x' >"$work/plain/sub/notes.txt"
 run plain 0 "$work/plain"
 expect "plain" "$out" '^folders: 2$'
@@ -35,35 +35,42 @@ expect "plain" "$out" '^library: .*/libraries/Demo\.ldb$'
 expect "plain" "$out" '^time: create [0-9.]+ s, open [0-9.]+ s, read [0-9.]+ s$'
 expect "plain" "$out" '^  revision 1  imported by the first read  \(branch [0-9A-Z]{26}\)$'
 expect "plain" "$out" '^  revision 2  described$'
+expect "plain" "$out" '^classification Reviewed: 2 contents$'
+expect "plain" "$out" '^  deck\.inp compared with notes\.txt$'
+expect "plain" "$out" '^query class == FileContent && attrib\.filesize >= 10000: 0 hits, [0-9.]+ ms$'
+expect "plain" "$out" '^query attrib\.smd_comment == described \|\| attrib\.smd_comment == classified: 2 hits, '
+expect "plain" "$out" '^full text elastic mater\*: 1 hits, [0-9.]+ ms$'
 expect "plain" "$out" '^retrieved: 2 of 2 identical$'
-expect "plain" "$out" '^revisions: 4$'
-expect "plain" "$out" '^vault: 2 distinct of 2 files, 4 bytes$'
-expect "plain, last line" "$(tail -n 1 <<<"$out")" '^vault: '
+expect "plain" "$out" '^revisions: 6$'
+expect "plain" "$out" '^vault: 2 distinct of 2 files, [0-9]+ bytes$'
+expect "plain, last line" "$(tail -n 1 <<<"$out")" '^exchange: 2 of 2 equal$'
 [[ ! -e $work/home-plain/retrieved-1 ]] || { echo "FAILED: the retrieved files stayed"; failures=1; }
-expect "plain, tree" "$out" '^  deck\.inp  \[UDMDSFileDeck\]  3 bytes$'
+expect "plain, tree" "$out" '^  deck\.inp  \[UDMDSFileDeck\]  [0-9]+ bytes$'
 expect "plain, tree" "$out" '^    notes\.txt  \[.*\]  1 bytes$'
 
 run plain 0 "$work/plain"
 expect "second run" "$out" '^The library "Demo" exists; opening it$'
 expect "second run" "$out" '^read back: 2 of 2 equal$'
 expect "second run" "$out" '^retrieved: 2 of 2 identical$'
-expect "second run" "$out" '^revisions: 5$'
-expect "second run" "$out" '^vault: 2 distinct of 2 files, 4 bytes$'
+expect "second run" "$out" '^classification Reviewed: 2 contents$'
+expect "second run" "$out" '^revisions: 7$'
+expect "second run" "$out" '^vault: 2 distinct of 2 files, [0-9]+ bytes$'
+expect "second run" "$out" '^exchange: 2 of 2 equal$'
 
 USER=anna run plain 0 "$work/plain"
 expect "another user" "$out" '^read back: 2 of 2 equal$'
 
-printf 'abc' >"$work/plain/new.inp"
+printf '*MATERIAL\n*ELASTIC\n' >"$work/plain/new.inp"
 run plain 0 "$work/plain"
 expect "a new file" "$out" '^read back: 3 of 3 equal$'
-expect "a new file, equal to another" "$out" '^vault: 2 distinct of 3 files, 4 bytes$'
+expect "a new file, equal to another" "$out" '^vault: 2 distinct of 3 files, [0-9]+ bytes$'
 
 printf 'abcd' >"$work/plain/deck.inp"
 run plain 1 "$work/plain"
 expect "a file that changed since" "$out" '^read back: 2 of 3 equal$'
 expect "a file that changed since" "$out" '^retrieved: 2 of 3 identical$'
 expect "a file that changed since" "$err" '^left out: .*/deck\.inp: the folder has a content of that name'
-expect "a file that changed since" "$err" '^differs: deck\.inp .* filesize is "3" in the library and "4" in the folder$'
+expect "a file that changed since" "$err" '^differs: deck\.inp .* filesize is "19" in the library and "4" in the folder$'
 
 run missing 2 "$work/nowhere"
 expect "a missing folder" "$err" '"[^"]*/nowhere" does not exist'
@@ -75,6 +82,7 @@ run empty 0 "$work/empty"
 expect "an empty folder" "$out" '^contents: 0$'
 expect "an empty folder" "$out" '^read back: 0 of 0 equal$'
 expect "an empty folder" "$out" '^retrieved: 0 of 0 identical$'
+expect "an empty folder" "$out" '^exchange: 0 of 0 equal$'
 expect "an empty folder" "$out" '^vault: 0 distinct of 0 files, 0 bytes$'
 
 mkdir -p "$work/odd/a'b \"c\"" "$work/odd/日本語" "$work/odd/عربي"
@@ -91,6 +99,7 @@ expect "odd names" "$out" '^folders: 4$'
 expect "odd names" "$out" '^contents: 7$'
 expect "odd names" "$out" '^read back: 7 of 7 equal$'
 expect "odd names" "$out" '^retrieved: 7 of 7 identical$'
+expect "odd names" "$out" '^exchange: 7 of 7 equal$'
 expect "a line end in a name" "$err" '^left out: .*/odd/line\\x0Abreak\.txt: .*control character'
 expect "a name in no encoding" "$err" '^left out: .*/odd/bad\\xFF\\xFE\.txt: .*UTF-8'
 expect "a backslash in a name" "$err" '^left out: .*/odd/back.*slash\.txt: .*separator'
