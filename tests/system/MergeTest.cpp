@@ -5,6 +5,7 @@
 #include <kxct/MasterDBManagerImpl.h>
 #include <kxct/UDMDBCtrl.h>
 #include <kxctinterfaces/Item.h>
+#include <kxudm/UDMItemHandle.h>
 
 #include <fstream>
 
