@@ -34,7 +34,8 @@ std::map<std::string, std::string> Facts(kxudm::IUDMProfile& session,
 
 kxStlVector<kxString> RevisionsOf(kxudm::IUDMProfile& session, const kxString& uid) {
     kxStlVector<kxString> revisions;
-    for (const auto& version : session.GetHistory(session.GetEntity(uid))->GetVersionList()) {
+    const auto history = session.GetHistory(session.GetEntity(uid));
+    for (const auto& version : history->GetVersionList()) {
         revisions.push_back(uid + ":" + std::to_string(version->GetVersion()));
     }
     return revisions;

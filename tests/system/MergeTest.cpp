@@ -37,7 +37,11 @@ class MergeIntoAnotherLibrary : public testing::Test {
         EXPECT_TRUE(anna->Publish(items, "first", false));
         return item;
     }
-    // The session of the source's controllers.
+    static std::filesystem::path Made(const std::filesystem::path& path) {
+        std::filesystem::create_directories(path);
+        return path;
+    }
+    // The session of a library's controllers.
     kxct::UDMDBCtrl& Session(const kxString& library) {
         return *host.Impl().Open(library, "ws", "anna", "", kxct::CONN_TYPE_LIBRARY);
     }
@@ -46,7 +50,7 @@ class MergeIntoAnotherLibrary : public testing::Test {
     TemporaryFolder folder;
     Host host{folder.Path()};
     Controller* anna = host.Create("Source");
-    Controller* target = host.Create("Shared");
+    Controller* target = host.CreateIn(Made(folder.Path() / "shared"), "Shared");
 };
 
 TEST_F(MergeIntoAnotherLibrary, AControllerCopiesAndGivesItems) {

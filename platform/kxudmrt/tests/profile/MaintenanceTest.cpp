@@ -177,13 +177,17 @@ const Damage DAMAGES[] = {
     {"AFileThatIsToEndAtNoWorkingRevision", "UPDATE file SET ending = 3", "broken file interval"},
     {"AFileThatIsThereTwice",
      "UPDATE file SET entity = " ENTITY(
-         "\xc3\x84rger") "; INSERT INTO file SELECT entity, to_rev, name, 1, ending, hash, "
+         "\xc3\x84rger") "; INSERT INTO file(entity, to_rev, name, from_rev, ending, hash, size, "
+                         "modified_time, added_time, is_text, external_path, vault) SELECT entity, "
+                         "to_rev, name, 1, ending, hash, "
                          "size, "
                          "modified_time,"
                          " added_time, is_text, external_path, vault FROM file",
      "broken file interval"},
     {"AFileOfNoEntity",
-     "INSERT INTO file SELECT 999, to_rev, name, from_rev, ending, hash, size, modified_time,"
+     "INSERT INTO file(entity, to_rev, name, from_rev, ending, hash, size, modified_time, "
+     "added_time, is_text, external_path, vault) SELECT 999, to_rev, name, from_rev, ending, hash, "
+     "size, modified_time,"
      " added_time, is_text, external_path, vault FROM file",
      "dangling file"},
     {"ASearchAttributeOfNoEntity",
