@@ -82,7 +82,7 @@ class Sample {
         kxStlVector<kxudm::UDMItemHandle> hits;
         _session->ExecQuery("name like \"deck\"", settings, hits, 0, 0, false);
         for (const kxudm::UDMItemHandle& hit : hits) {
-            _uids.push_back(hit.GetUID().GetUID());
+            _uids.push_back(hit.GetUID());
         }
     }
 
@@ -162,7 +162,7 @@ void Import(benchmark::State& state) {
         host.Create("Target");
         kxct::UDMDBCtrl& session = bench::SessionOf(host, "Target");
         Count(state, RUSAGE_SELF, [&] { session.Import(sample.Archive()); });
-        if (session.GetEntity(sample.Uids().back()).IsEmpty()) {
+        if (session.GetUDMItemHandle(sample.Uids().back()).IsEmpty()) {
             state.SkipWithError("a content did not come in");
         }
     }

@@ -200,8 +200,15 @@ CREATE INDEX file_text_pending ON file(hash, vault) WHERE text IS NULL AND hash 
 INSERT INTO text_pending SELECT id FROM entity;
 )sql";
 
-constexpr std::array STEPS{
-    SchemaStep{1, STEP_1}, SchemaStep{2, STEP_2}, SchemaStep{3, STEP_3}, SchemaStep{4, STEP_4}};
+// What a working revision added to its links, for the undo of a check-out: found without a walk
+// through all the others. Nothing is undone before the first publish.
+constexpr const char* STEP_5 = "CREATE INDEX link_new ON link(first, from_rev) WHERE from_rev > 1;";
+
+constexpr std::array STEPS{SchemaStep{1, STEP_1},
+                           SchemaStep{2, STEP_2},
+                           SchemaStep{3, STEP_3},
+                           SchemaStep{4, STEP_4},
+                           SchemaStep{5, STEP_5}};
 
 }  // namespace
 

@@ -61,6 +61,12 @@ TEST_F(LibraryFixture, APublishLooksThroughTheLinksThatWaitForTheirEnd) {
     EXPECT_EQ(scans, 1U) << plan;
 }
 
+// However many links the entity has.
+TEST_F(LibraryFixture, AnUndoLooksUpTheLinksThatTheRevisionAdded) {
+    EXPECT_THAT(Plan(store_->Connection(), statements::DROP_NEW_LINKS.text),
+                HasSubstr("INDEX link_new (first=? AND from_rev=?)"));
+}
+
 INSTANTIATE_TEST_SUITE_P(
     Statements,
     QueryPlan,

@@ -111,7 +111,7 @@ TEST(Schema, ALibraryOfVersion2IsSearchedForItsWords) {
         " VALUES (2, 'deck', 0, 'abc', 1, 1, 1, 1)");
     connection.reset();
     const auto store = LibraryStore::Open(folder.File("Old.ldb"));
-    EXPECT_EQ(store->Connection().SchemaVersion(), 4);
+    EXPECT_EQ(store->Connection().SchemaVersion(), 5);
     const TextReader reader = [](const std::string&, const std::string& hash) {
         return std::optional<std::string>(hash == "abc" ? "bolt nut" : "");
     };
