@@ -86,6 +86,7 @@ operations=("item from the cache" "item by UID" "children, first time" "children
             "attribute edit" "check-out and publish" "check-out of a parent" "history"
             "bulk creation, alone" "bulk creation, owned"
             "query" "query, prefix and definition" "children that meet a query"
+            "full text, a word" "full text, all words" "full text, a phrase"
             "import of files" "import of a large file" "export" "import of an archive" "open a library")
 for operation in "${operations[@]}"; do
   [[ $filter == . || $operation =~ $filter ]] || continue
