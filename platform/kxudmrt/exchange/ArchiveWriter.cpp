@@ -229,9 +229,7 @@ class ArchiveWriter::Stream {
     void Put(std::string_view bytes) {
         while (!bytes.empty()) {
             const la_ssize_t count = archive_write_data(archive_, bytes.data(), bytes.size());
-            if (count <= 0) {
-                Check(count < 0 ? static_cast<int>(count) : ARCHIVE_FATAL);
-            }
+            Check(count > 0 ? ARCHIVE_OK : ARCHIVE_FATAL);
             bytes.remove_prefix(static_cast<std::size_t>(count));
         }
     }
@@ -248,22 +246,25 @@ class ArchiveWriter::Stream {
         }
     }
 
-    // What the ZIP library calls. An exception waits until the library has returned.
+    // What the ZIP library calls. An exception waits until the library has returned, which is not
+    // told of it: one that knows of a failure doesn't give back all of its memory.
     static la_ssize_t Accept(archive*, void* self, const void* bytes, std::size_t size) {
         auto& stream = *static_cast<Stream*>(self);
-        try {
-            stream.file_.Add({static_cast<const char*>(bytes), size});
-        } catch (...) {
-            stream.failure_ = std::current_exception();
-            return -1;
+        if (!stream.drops_) {
+            try {
+                stream.file_.Add({static_cast<const char*>(bytes), size});
+            } catch (...) {
+                stream.failure_ = std::current_exception();
+                stream.drops_ = true;
+            }
         }
         return static_cast<la_ssize_t>(size);
     }
 
     void Free() {
+        // The directory of an archive that nobody wants.
+        drops_ = true;
         if (archive_ != nullptr) {
-            // Else it would write the directory of an archive that nobody wants.
-            archive_write_fail(archive_);
             archive_write_free(archive_);
         }
         archive_entry_free(entry_);
@@ -274,6 +275,7 @@ class ArchiveWriter::Stream {
     archive* archive_;
     archive_entry* entry_;
     std::exception_ptr failure_;
+    bool drops_ = false;  // what the ZIP library still writes
     vault::Compressor samples_;
 
     std::string name_;  // empty between entries

@@ -102,7 +102,7 @@ inline constexpr NamedStatement DROP_WORKING_HEADS{
 // Looks at each link of the newest revision: links are not kept in the order of their revisions.
 inline constexpr NamedStatement DROP_NEW_LINKS{
     "drop new links",
-    "DELETE FROM link WHERE first = ?1 AND from_rev = ?2 AND from_rev > 1"
+    "DELETE FROM link WHERE first = ?1 AND from_rev = ?2 AND from_rev NOT IN (0, 1)"
     " AND to_rev = " KXUDM_OPEN};
 inline constexpr NamedStatement REOPEN_LINKS{
     "reopen links",

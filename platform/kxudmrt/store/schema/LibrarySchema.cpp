@@ -201,8 +201,10 @@ INSERT INTO text_pending SELECT id FROM entity;
 )sql";
 
 // What a working revision added to its links, for the undo of a check-out: found without a walk
-// through all the others. Nothing is undone before the first publish.
-constexpr const char* STEP_5 = "CREATE INDEX link_new ON link(first, from_rev) WHERE from_rev > 1;";
+// through all the others. Nothing is undone before the first publish, so that most links don't
+// stand in it. A condition of the form "from_rev > 1" would be taken for a range.
+constexpr const char* STEP_5 =
+    "CREATE INDEX link_new ON link(first, from_rev) WHERE from_rev NOT IN (0, 1);";
 
 constexpr std::array STEPS{SchemaStep{1, STEP_1},
                            SchemaStep{2, STEP_2},

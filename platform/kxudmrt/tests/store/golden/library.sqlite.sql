@@ -128,3 +128,4 @@ CREATE TRIGGER text_name_changed AFTER UPDATE OF name ON entity BEGIN
 END;
 CREATE INDEX file_text ON file(text) WHERE text > 0;
 CREATE INDEX file_text_pending ON file(hash, vault) WHERE text IS NULL AND hash IS NOT NULL;
+CREATE INDEX link_new ON link(first, from_rev) WHERE from_rev NOT IN (0, 1);
