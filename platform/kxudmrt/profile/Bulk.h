@@ -12,9 +12,8 @@ struct Session::Bulk {
     // Flushed from the start: a flush of its own behind the commit, for an operation within that
     // asks for it, could fail when nothing can be taken back any more.
     explicit Bulk(sql::Connection& connection)
-        : transaction(connection,
-                      sql::Transaction::Mode::Write,
-                      sql::Transaction::Durability::Full) {}
+        : transaction(
+              connection, sql::Transaction::Mode::Write, sql::Transaction::Durability::Full) {}
 
     sql::Transaction transaction;
     ChangeList changes;

@@ -1,6 +1,6 @@
-// How far a long operation of a session has got: import, a large file, retrieval, export. Whoever wants to know
-// installs a listener for as long as it takes; it hears of every file, may end the operation, and
-// is told of each item that failed while the rest went on.
+// How far a long operation of a session has got: import, a large file, retrieval, export. Whoever
+// wants to know installs a listener for as long as it takes; it hears of every file, may end the
+// operation, and is told of each item that failed while the rest went on.
 //
 //     class Bar : public IUDMProgressListener {
 //       public:

@@ -82,7 +82,8 @@ TEST(AnSqliteWithoutFullText, IsRefusedAtOnce) {
     const TemporaryFolder folder;
     const WithoutFullText without;
     try {
-        static_cast<void>(sqlite::Open({.file = folder.File("N.ldb"), .what = "library", .create = true}));
+        static_cast<void>(
+            sqlite::Open({.file = folder.File("N.ldb"), .what = "library", .create = true}));
         FAIL() << "it was taken";
     } catch (const Error& error) {
         EXPECT_THAT(error.what(),
