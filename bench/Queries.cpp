@@ -56,13 +56,12 @@ constexpr const char* FOUND =
     " AND NOT EXISTS (SELECT 1 FROM head_attribute w"
     " WHERE w.entity = e.id AND w.name = h.name AND w.working = 1)))";
 
-void FloorOf(benchmark::State& state,
-             const std::string& condition,
-             const std::vector<std::string>& values) {
-    SampleLibrary& library = Library(state.range(0));
-    const bench::Database database = bench::OpenByHand(library.File());
-    const std::string text = FOUND + condition + " ORDER BY e.id";
-    const bench::Statement find = bench::Prepare(database, text.c_str());
+using Handles = kxStlVector<kxudm::UDMItemHandle>;
+
+// Rounds of a prepared statement, each row copied into one of its own.
+void MeasureRows(benchmark::State& state,
+                 const bench::Statement& find,
+                 const std::vector<std::string>& values) {
     for (auto _ : state) {
         std::vector<bench::Row> rows;
         for (std::size_t i = 0; i < values.size(); ++i) {
@@ -74,27 +73,45 @@ void FloorOf(benchmark::State& state,
         sqlite3_reset(find.get());
         state.PauseTiming();
         if (rows.size() != HITS) {
-            state.SkipWithError("wrong number of hits");
+            state.SkipWithError("wrong number of rows");
         }
         rows = {};
         state.ResumeTiming();
     }
 }
 
+// Rounds of what gives handles. Letting go of these is not counted.
+template <typename Find>
+void MeasureHandles(benchmark::State& state, const Find& find) {
+    for (auto _ : state) {
+        Handles handles;
+        find(handles);
+        state.PauseTiming();
+        if (handles.size() != HITS) {
+            state.SkipWithError("wrong number of handles");
+        }
+        handles = {};
+        state.ResumeTiming();
+    }
+}
+
+void FloorOf(benchmark::State& state,
+             const std::string& condition,
+             const std::vector<std::string>& values) {
+    SampleLibrary& library = Library(state.range(0));
+    const bench::Database database = bench::OpenByHand(library.File());
+    const std::string text = FOUND + condition + " ORDER BY e.id";
+    const bench::Statement find = bench::Prepare(database, text.c_str());
+    MeasureRows(state, find, values);
+}
+
 void OursOf(benchmark::State& state, const kxString& query, bool ignoreCase) {
     SampleLibrary& library = Library(state.range(0));
     kxudm::UDMQuerySettingHandle settings;
     settings.GetSettings().SetIgnoreCase(ignoreCase);
-    for (auto _ : state) {
-        kxStlVector<kxudm::UDMItemHandle> hits;
+    MeasureHandles(state, [&](Handles& hits) {
         library.Session().ExecQuery(query, settings, hits, 0, 0, false);
-        state.PauseTiming();
-        if (hits.size() != HITS) {
-            state.SkipWithError("wrong number of hits");
-        }
-        hits = {};
-        state.ResumeTiming();
-    }
+    });
 }
 
 void FloorValue(benchmark::State& state) {
@@ -149,22 +166,7 @@ void FloorChildren(benchmark::State& state) {
                        " AND NOT EXISTS (SELECT 1 FROM head_attribute w"
                        " WHERE w.entity = e.id AND w.name = h.name AND w.working = 1)))"
                        " ORDER BY l.position");
-    for (auto _ : state) {
-        std::vector<bench::Row> rows;
-        bench::BindText(list, 1, std::string_view(uid).substr(0, uid.find(':')));
-        bench::BindText(list, 2, CHILDREN_FROM);
-        bench::BindText(list, 3, CHILDREN_TO);
-        while (sqlite3_step(list.get()) == SQLITE_ROW) {
-            bench::CopyRow(list, rows.emplace_back());
-        }
-        sqlite3_reset(list.get());
-        state.PauseTiming();
-        if (rows.size() != HITS) {
-            state.SkipWithError("wrong number of children");
-        }
-        rows = {};
-        state.ResumeTiming();
-    }
+    MeasureRows(state, list, {uid.substr(0, uid.find(':')), CHILDREN_FROM, CHILDREN_TO});
 }
 BENCHMARK(FloorChildren)
     ->Name("children that meet a query/floor")
@@ -176,16 +178,9 @@ void OursChildren(benchmark::State& state) {
     SampleLibrary& library = SampleLibrary::OfSize(10000);
     const auto project = library.Session().GetUDMItemHandle(library.ProjectWith(state.range(0)));
     const kxString expression = std::string("attrib.description like \"") + CHILDREN_FROM + "\"";
-    for (auto _ : state) {
-        kxStlVector<kxudm::UDMItemHandle> children;
+    MeasureHandles(state, [&](Handles& children) {
         library.Session().GetChildren(children, project, "simulations", expression);
-        state.PauseTiming();
-        if (children.size() != HITS) {
-            state.SkipWithError("wrong number of children");
-        }
-        children = {};
-        state.ResumeTiming();
-    }
+    });
 }
 BENCHMARK(OursChildren)
     ->Name("children that meet a query/ours")
@@ -218,43 +213,21 @@ void FloorWords(benchmark::State& state, const char* match) {
                        " CROSS JOIN revision r ON r.id ="
                        " (e.id << 24) + CASE WHEN " MINE
                        " THEN e.working ELSE e.published END WHERE bare MATCH ?1 ORDER BY b.rowid");
-    for (auto _ : state) {
-        std::vector<bench::Row> rows;
-        bench::BindText(find, 1, match);
-        while (sqlite3_step(find.get()) == SQLITE_ROW) {
-            bench::CopyRow(find, rows.emplace_back());
-        }
-        sqlite3_reset(find.get());
-        state.PauseTiming();
-        if (rows.size() != HITS) {
-            state.SkipWithError("wrong number of hits");
-        }
-        rows = {};
-        state.ResumeTiming();
-    }
+    MeasureRows(state, find, {match});
 }
 
 void OursWords(benchmark::State& state, const char* text, int mode) {
     SampleLibrary& library = Library(state.range(0));
     kxudm::UDMQuerySettingHandle settings;
-    const auto search = [&](kxStlVector<kxudm::UDMItemHandle>& hits) {
+    const auto search = [&](Handles& hits) {
         library.Session().ExecQueryFullText(text, mode, settings, hits, 0, 0, false);
     };
     {
         // What was created is indexed now.
-        kxStlVector<kxudm::UDMItemHandle> hits;
+        Handles hits;
         search(hits);
     }
-    for (auto _ : state) {
-        kxStlVector<kxudm::UDMItemHandle> hits;
-        search(hits);
-        state.PauseTiming();
-        if (hits.size() != HITS) {
-            state.SkipWithError("wrong number of hits");
-        }
-        hits = {};
-        state.ResumeTiming();
-    }
+    MeasureHandles(state, search);
 }
 
 void Libraries(benchmark::internal::Benchmark* benchmark) {

@@ -98,15 +98,7 @@ class Exchange : public testing::Test {
     }
     // "name=content" of each document.
     static Names Contents(const ProfilePtr& profile, const UDMItemHandle& handle) {
-        const vault::Folder folder;
-        kxStlVector<kxString> paths;
-        profile->RetrieveFilesToFolder(handle, folder.File("out"), false, false, paths);
-        Names contents;
-        for (const kxString& path : paths) {
-            contents.push_back(std::filesystem::path(path.c_str()).filename().string() + "=" +
-                               ReadFile(path));
-        }
-        return contents;
+        return RetrievedContents(profile, handle);
     }
     static Names References(const ProfilePtr& profile, const UDMItemHandle& handle) {
         kxStlVector<UDMItemHandle> targets;

@@ -53,6 +53,19 @@ inline Names FilesIn(const std::string& folder) {
     return names;
 }
 
+// Contents of the documents of a revision, "name=content", as they are retrieved.
+inline Names RetrievedContents(const ProfilePtr& profile, const UDMItemHandle& handle) {
+    const vault::Folder folder;
+    kxStlVector<kxString> paths;
+    profile->RetrieveFilesToFolder(handle, folder.File("out"), false, false, paths);
+    Names contents;
+    for (const kxString& path : paths) {
+        contents.push_back(std::filesystem::path(path.c_str()).filename().string() + "=" +
+                           ReadFile(path));
+    }
+    return contents;
+}
+
 class Files : public testing::Test {
   protected:
     // Writes a source of that name.
@@ -70,17 +83,8 @@ class Files : public testing::Test {
     UDMItemHandle Part(const std::string& name = "Wheel") {
         return ann->CreateEntity("Part", name);
     }
-    // Contents of the documents of a revision, "name=content", as they are retrieved.
     Names Contents(const ProfilePtr& profile, const UDMItemHandle& handle) {
-        const vault::Folder folder;
-        kxStlVector<kxString> paths;
-        profile->RetrieveFilesToFolder(handle, folder.File("out"), false, false, paths);
-        Names contents;
-        for (const kxString& path : paths) {
-            contents.push_back(std::filesystem::path(path.c_str()).filename().string() + "=" +
-                               ReadFile(path));
-        }
-        return contents;
+        return RetrievedContents(profile, handle);
     }
     Names Contents(const UDMItemHandle& handle) { return Contents(ann, handle); }
     kxStlVector<kxString> Retrieve(const UDMItemHandle& handle,
