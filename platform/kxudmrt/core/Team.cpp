@@ -1,33 +1,16 @@
 #include "core/Team.h"
 
-#include <pthread.h>
-#include <signal.h>
-
 #include <algorithm>
 #include <chrono>
 #include <system_error>
+
+#include "core/Worker.h"
 
 namespace kxudm::core {
 namespace {
 
 constexpr std::size_t kMost = 4;
 constexpr std::chrono::milliseconds kBetweenCalls{20};
-
-// New threads inherit what is blocked.
-class NoSignals {
-  public:
-    NoSignals() {
-        sigset_t all;
-        sigfillset(&all);
-        pthread_sigmask(SIG_SETMASK, &all, &before_);
-    }
-    ~NoSignals() { pthread_sigmask(SIG_SETMASK, &before_, nullptr); }
-    NoSignals(const NoSignals&) = delete;
-    NoSignals& operator=(const NoSignals&) = delete;
-
-  private:
-    sigset_t before_{};
-};
 
 }  // namespace
 
@@ -70,18 +53,17 @@ void Team::Run(std::size_t count,
 }
 
 std::vector<std::thread> Team::Start(std::size_t count, const std::function<Work()>& makeWork) {
-    const NoSignals noSignals;
     std::vector<std::thread> threads;
     threads.reserve(threads_);
     working_ = threads_;
     try {
         while (threads.size() < threads_) {
-            threads.emplace_back([this, count, &makeWork] {
+            threads.push_back(StartWorker([this, count, &makeWork] {
                 WorkOn(count, makeWork);
                 const std::lock_guard<std::mutex> lock(mutex_);
                 --working_;
                 ended_.notify_one();
-            });
+            }));
         }
     } catch (const std::system_error&) {
         // Those that are there do it all.

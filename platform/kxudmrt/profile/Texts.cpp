@@ -3,6 +3,7 @@
 #include <system_error>
 #include <utility>
 
+#include "core/Worker.h"
 #include "text/Decode.h"
 #include "text/Terms.h"
 
@@ -105,7 +106,7 @@ std::future<std::string> TextPreparer::Prepare(std::string_view beginning) {
 bool TextPreparer::Begin() {
     if (!_thread.joinable()) {
         try {
-            _thread = std::thread(&TextPreparer::Work, this);
+            _thread = core::StartWorker([this] { Work(); });
         } catch (const std::system_error&) {
             return false;
         }

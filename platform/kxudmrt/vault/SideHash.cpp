@@ -1,10 +1,9 @@
 #include "vault/SideHash.h"
 
-#include <pthread.h>
-#include <signal.h>
-
 #include <system_error>
 #include <utility>
+
+#include "core/Worker.h"
 
 namespace kxudm::vault {
 
@@ -19,17 +18,11 @@ void SideHash::GoBeside() {
     }
     ending_ = false;
     failure_ = nullptr;
-    // A host's signal handlers run on the host's threads.
-    sigset_t all;
-    sigset_t before;
-    sigfillset(&all);
-    pthread_sigmask(SIG_SETMASK, &all, &before);
     try {
-        thread_ = std::thread([this] { Work(); });
+        thread_ = core::StartWorker([this] { Work(); });
     } catch (const std::system_error&) {
         // Then within Update.
     }
-    pthread_sigmask(SIG_SETMASK, &before, nullptr);
 }
 
 void SideHash::Update(const char* bytes, std::size_t size) {
