@@ -79,19 +79,23 @@ TEST(TwoProcesses, BothWriteAtOnceAndNothingIsLost) {
 }
 
 TEST(TwoProcesses, BothCreateTheLibraryAtOnceAndShareIt) {
-    const TemporaryFolder home;
-    { Host settings(home.Path()); }
-    const auto create = [&] {
+    constexpr int kRounds = 20;
+    for (int round = 0; round < kRounds; ++round) {
+        const TemporaryFolder home;
+        { Host settings(home.Path()); }
+        const auto create = [&] {
+            Host host(home.Path());
+            Controller* controller = host.Create("Demo");
+            return controller->IsDBValid() && controller->GetOrCreateFolder("/Shared", true) ? 0
+                                                                                             : 1;
+        };
+        Process one(create);
+        Process two(create);
+        ASSERT_EQ(one.ExitCode(), 0);
+        ASSERT_EQ(two.ExitCode(), 0);
         Host host(home.Path());
-        Controller* controller = host.Create("Demo");
-        return controller->IsDBValid() && controller->GetOrCreateFolder("/Shared", true) ? 0 : 1;
-    };
-    Process one(create);
-    Process two(create);
-    EXPECT_EQ(one.ExitCode(), 0);
-    EXPECT_EQ(two.ExitCode(), 0);
-    Host host(home.Path());
-    EXPECT_NE(host.Open("Demo")->GetFolder("/Shared", false), nullptr);
+        ASSERT_NE(host.Open("Demo")->GetFolder("/Shared", false), nullptr);
+    }
 }
 
 TEST(TwoProcesses, AChangeOfTheOtherProcessArrivesWithDispatchUpdates) {

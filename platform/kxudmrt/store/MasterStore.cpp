@@ -109,6 +109,11 @@ std::unique_ptr<MasterStore> MasterStore::Open(const std::string& file) {
     return std::unique_ptr<MasterStore>(new MasterStore(std::move(connection)));
 }
 
+std::unique_ptr<sql::Transaction> MasterStore::Alone() {
+    return std::make_unique<sql::Transaction>(
+        *connection_, sql::Transaction::Mode::Write, sql::Transaction::Durability::Full);
+}
+
 std::vector<LibraryRecord> MasterStore::Libraries(std::string_view dataSource) {
     return FindAll<LibraryRecord>(*connection_, statements::LIBRARIES, dataSource);
 }

@@ -57,6 +57,11 @@ class MasterStore {
     [[nodiscard]] static std::unique_ptr<MasterStore> Open(const std::string& file);
     ~MasterStore();
 
+    // Until its end nobody else changes the master database, other processes neither; they can
+    // read. What is changed meanwhile is there with its Commit, or not at all without. Waits for
+    // others who are alone.
+    [[nodiscard]] std::unique_ptr<sql::Transaction> Alone();
+
     // --- Libraries, in the order of their names ---
 
     // An empty data source means all.

@@ -85,8 +85,15 @@ boost::shared_ptr<IUDMProfile> LocalProvider::OpenProfile(const Parameters& para
     const store::WorkspaceRecord workspace = WantedWorkspace(*master, parameters);
 
     store::LibraryRecord library;
+    bool known = master->FindLibrary(name, library);
+    // Who makes a library is alone until it is registered: somebody else would open a file that is
+    // taken back if a later step fails.
+    std::unique_ptr<sql::Transaction> alone;
+    if (!known) {
+        alone = master->Alone();
+        known = master->FindLibrary(name, library);
+    }
     std::optional<NewLibraryFile> made;
-    const bool known = master->FindLibrary(name, library);
     if (known) {
         RequireSameLibrary(parameters, library);
     } else {
@@ -119,6 +126,9 @@ boost::shared_ptr<IUDMProfile> LocalProvider::OpenProfile(const Parameters& para
     }
     if (!known) {
         RegisterLibrary(*master, library);
+    }
+    if (alone) {
+        alone->Commit();
     }
     if (made) {
         made->Keep();

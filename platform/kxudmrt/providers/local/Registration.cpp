@@ -69,6 +69,7 @@ void RequireSameLibrary(const Parameters& parameters, const store::LibraryRecord
 }
 
 void RegisterLibrary(store::MasterStore& master, const store::LibraryRecord& library) {
+    const auto alone = master.Alone();
     for (const store::LibraryRecord& known : master.Libraries()) {
         const bool sameFile = known.ldbFile == library.ldbFile;
         if (known.name == library.name && sameFile) {
@@ -86,6 +87,7 @@ void RegisterLibrary(store::MasterStore& master, const store::LibraryRecord& lib
         }
     }
     static_cast<void>(master.AddLibrary(library));
+    alone->Commit();
 }
 
 store::WorkspaceRecord WantedWorkspace(store::MasterStore& master, const Parameters& parameters) {

@@ -101,6 +101,21 @@ TEST_F(MasterStoreTest, ALibraryIsFoundByNameAndIdAfterReopening) {
     EXPECT_FALSE(master_->FindLibrary(id + 1, record));
 }
 
+TEST_F(MasterStoreTest, WhatIsChangedAloneIsThereWithItsCommitOnly) {
+    const auto other = MasterStore::Open(file_);
+    {
+        const auto alone = master_->Alone();
+        AddLibrary("Lost");
+        EXPECT_TRUE(other->Libraries().empty());
+    }
+    EXPECT_TRUE(master_->Libraries().empty());
+
+    const auto alone = master_->Alone();
+    AddLibrary("Crash");
+    alone->Commit();
+    EXPECT_EQ(other->Libraries().size(), 1U);
+}
+
 TEST_F(MasterStoreTest, LibrariesComeInTheOrderOfTheirNamesAndByDataSource) {
     AddLibrary("b");
     AddLibrary("c", "PostGres");
