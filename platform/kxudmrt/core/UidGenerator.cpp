@@ -4,7 +4,6 @@ namespace kxudm::core {
 
 namespace {
 
-constexpr char kAlphabet[] = "0123456789ABCDEFGHJKMNPQRSTVWXYZ";
 constexpr std::size_t kLength = 26;
 
 // 128 bits, most significant first, in groups of five from the end.
@@ -17,12 +16,12 @@ kxString Encode(const std::array<unsigned char, 16>& bytes) {
         buffer |= static_cast<unsigned>(bytes[i]) << bits;
         bits += 8;
         while (bits >= 5) {
-            text[--position] = kAlphabet[buffer & 31U];
+            text[--position] = UID_DIGITS[buffer & 31U];
             buffer >>= 5;
             bits -= 5;
         }
     }
-    text[--position] = kAlphabet[buffer & 31U];
+    text[--position] = UID_DIGITS[buffer & 31U];
     return text;
 }
 

@@ -5,10 +5,14 @@
 #pragma once
 
 #include <array>
+#include <string_view>
 
 #include "core/Clock.h"
 
 namespace kxudm::core {
+
+// The digits of base 32, each five bits.
+inline constexpr std::string_view UID_DIGITS = "0123456789ABCDEFGHJKMNPQRSTVWXYZ";
 
 class UidGenerator {
   public:

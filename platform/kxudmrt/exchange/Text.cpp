@@ -7,6 +7,7 @@
 
 #include "catalogue/Value.h"
 #include "core/Clock.h"
+#include "core/UidGenerator.h"
 
 namespace kxudm::exchange {
 
@@ -181,9 +182,8 @@ std::optional<std::int64_t> TimeOf(std::string_view text) {
 }
 
 bool IsBaseUid(std::string_view text) {
-    constexpr std::string_view alphabet = "0123456789ABCDEFGHJKMNPQRSTVWXYZ";
     return text.size() == 26 && text.front() <= '7' &&
-           text.find_first_not_of(alphabet) == std::string_view::npos;
+           text.find_first_not_of(core::UID_DIGITS) == std::string_view::npos;
 }
 
 }  // namespace kxudm::exchange

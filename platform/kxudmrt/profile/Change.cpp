@@ -21,11 +21,6 @@ int OppositeOf(SignalOption code) {
     }
 }
 
-bool IsOfStructure(SignalOption code) {
-    return code == SIGNAL_CHILD_ADDED || code == SIGNAL_REFERENCE_ADDED ||
-           code == SIGNAL_CONTAINER_ENTERED;
-}
-
 // A step from one revision to another, or of the lock.
 bool IsOfLife(SignalOption code) {
     return code == SIGNAL_STATE_CHANGED || code == SIGNAL_REVISION_ADVANCED ||
@@ -44,6 +39,11 @@ bool Reaches(Audience told, Audience side) {
 }
 
 }  // namespace
+
+bool IsOfStructure(SignalOption code) {
+    return code == SIGNAL_CHILD_ADDED || code == SIGNAL_REFERENCE_ADDED ||
+           code == SIGNAL_CONTAINER_ENTERED;
+}
 
 // Whether telling it twice says nothing new.
 bool ChangeList::Repeats(const Change& change) {

@@ -27,6 +27,9 @@ enum class Audience : unsigned char {
     Elsewhere  // everybody else
 };
 
+// Whether what comes to a parent makes such a change.
+[[nodiscard]] bool IsOfStructure(SignalOption code);
+
 struct Change {
     using State = boost::shared_ptr<EntityState>;
 

@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "catalogue/Conversion.h"
+#include "core/UidGenerator.h"
 #include "exchange/DocumentWriter.h"
 #include "profile/Creation.h"
 #include "profile/DefinitionChange.h"
@@ -111,7 +112,6 @@ std::string BranchUid(const std::string& origin, const RevisionRecord& first) {
     writer.End();
     const std::string digest = hash.Finish();
     // 48 bits of time are the first ten characters of the origin's; 80 of the hash make the others.
-    constexpr std::string_view alphabet = "0123456789ABCDEFGHJKMNPQRSTVWXYZ";
     std::string uid = origin.substr(0, 10);
     unsigned bits = 0;
     unsigned count = 0;
@@ -119,7 +119,7 @@ std::string BranchUid(const std::string& origin, const RevisionRecord& first) {
         const auto digit = static_cast<unsigned>(std::stoi(digest.substr(i, 1), nullptr, 16));
         bits = bits << 4U | digit;
         for (count += 4; count >= 5; count -= 5) {
-            uid += alphabet[bits >> (count - 5) & 31U];
+            uid += core::UID_DIGITS[bits >> (count - 5) & 31U];
         }
     }
     return uid;

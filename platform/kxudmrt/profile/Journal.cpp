@@ -17,11 +17,6 @@ kxString WithRevision(const std::string& base, int revision) {
     return kxString(base + ":" + std::to_string(revision));
 }
 
-bool IsOfStructure(SignalOption code) {
-    return code == SIGNAL_CHILD_ADDED || code == SIGNAL_REFERENCE_ADDED ||
-           code == SIGNAL_CONTAINER_ENTERED;
-}
-
 // What the session has missed is not in the journal any more: whatever it holds may be another.
 void CatchUpWithEverything(Session& session) {
     session.TakeCatalogue(catalogue::Catalogue::ReadText(session.Store().CatalogueXml(),

@@ -21,10 +21,6 @@ std::string TextOf(const LinkRecord& link) {
            "to " + link.other;
 }
 
-bool MayNotCycle(LinkKind kind) {
-    return kind == LinkKind::Owner || IsContainerKind(kind);
-}
-
 }  // namespace
 
 void LinkImport::Begin(const std::string& first) {

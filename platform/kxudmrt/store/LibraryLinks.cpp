@@ -15,10 +15,6 @@ std::string LinkText(EntityId parent, EntityId child, std::string_view name) {
            std::to_string(child);
 }
 
-bool MayNotCycle(LinkKind kind) {
-    return kind == LinkKind::Owner || kind == LinkKind::Folder || kind == LinkKind::Category;
-}
-
 // The bearing end stands first in the table.
 std::pair<EntityId, EntityId> Ends(EntityId parent, EntityId child, LinkKind kind) {
     return BorneByParent(kind) ? std::pair(parent, child) : std::pair(child, parent);

@@ -57,6 +57,11 @@ enum class RevisionState : int {
 // Category to those of the child (the content that lies there).
 enum class LinkKind : int { Owner = 1, Reference = 2, Folder = 3, Category = 4, Relation = 5 };
 
+// Whether links of the kind may not lead back to where they began.
+[[nodiscard]] constexpr bool MayNotCycle(LinkKind kind) {
+    return kind == LinkKind::Owner || kind == LinkKind::Folder || kind == LinkKind::Category;
+}
+
 // One revision of an entity with what belongs to the whole entity.
 struct EntityRow {
     EntityId id = 0;

@@ -1,6 +1,5 @@
 // Where a vault may lie: full disks, other file systems, folders that can't be written.
 #include <fcntl.h>
-#include <sched.h>
 #include <signal.h>
 #include <sys/mount.h>
 #include <sys/resource.h>
@@ -9,6 +8,7 @@
 #include <cerrno>
 #include <filesystem>
 
+#include "SmallDisk.h"
 #include "Support.h"
 #include "vault/Vault.h"
 
@@ -24,14 +24,6 @@ class PlacesTest : public testing::Test {
 };
 
 constexpr std::uint64_t kDisk = std::uint64_t{1} << 20;
-
-// Puts a file system of kDisk bytes over the folder, for this process only. False where this
-// process lacks the right.
-bool MountSmall(const std::string& folder) {
-    return unshare(CLONE_NEWNS) == 0 &&
-           mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0 &&
-           mount("none", folder.c_str(), "tmpfs", 0, "size=1m,mode=0777") == 0;
-}
 
 // Fails as a disk of kDisk bytes does that holds nothing but the folder.
 class SmallDiskLayer final : public MeddlingLayer {
@@ -97,7 +89,11 @@ TEST_F(PlacesTest, AFullDiskIsAnErrorAndWhatWasThereStaysWhole) {
     // A real one where this process may mount it, and in any case one that only says so.
     constexpr char kCannotMount[] = "can't mount";
     const std::string real = InChild([&]() -> std::string {
-        return MountSmall(disk) ? FillDisk(folder_, disk, MachineFiles()) : kCannotMount;
+        if (!test::SeeMountsOfItsOwn() ||
+            mount("none", disk.c_str(), "tmpfs", 0, "size=1m,mode=0777") != 0) {
+            return kCannotMount;
+        }
+        return FillDisk(folder_, disk, MachineFiles());
     });
     if (real != kCannotMount) {
         EXPECT_THAT(real, expected);
