@@ -40,14 +40,19 @@ boost::shared_ptr<UDMHistoryNode> Profile::GetHistory(const UDMItemHandle& handl
     const kxString base(state->BaseUid());
     return _session->Store().View([&] {
         Branches branches = BranchesOf(*_session, base);
+        const std::vector<int> numbers =
+            _session->Store().RevisionNumbers(state->Id(), _session->Viewer());
+        // The newest one stands for the entity.
+        UDMHistoryNode::List ofRoot = !numbers.empty() && state->Revision() < numbers.back()
+                                          ? branches.ofRevision[state->Revision()]
+                                          : std::move(branches.all);
         UDMHistoryNode::List versions;
-        for (const int number :
-             _session->Store().RevisionNumbers(state->Id(), _session->Viewer())) {
+        for (const int number : numbers) {
             versions.push_back(boost::make_shared<UDMHistoryNode>(
                 base, number, UDMHistoryNode::List(), std::move(branches.ofRevision[number])));
         }
         return boost::make_shared<UDMHistoryNode>(
-            base, state->Revision(), std::move(versions), std::move(branches.all));
+            base, state->Revision(), std::move(versions), std::move(ofRoot));
     });
 }
 

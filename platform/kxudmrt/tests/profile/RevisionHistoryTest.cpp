@@ -77,6 +77,24 @@ TEST_F(RevisionHistory, ListsBranchesInTheOrderOfTheirCreationAndWithTheVersionT
     EXPECT_TRUE(ann->GetHistory(ann->GetEntity(order[0]))->GetBranchList().empty());
 }
 
+TEST_F(RevisionHistory, AnOlderRevisionListsOnlyTheBranchesThatLeaveIt) {
+    for (int i = 0; i < 3; ++i) {
+        Publish(ann, part, "", i < 2);
+    }
+    bob->Checkout(bob->GetEntity(At(part, 2)), "");
+    const auto branches = [&](int revision) {
+        return ann->GetHistory(ann->GetEntity(At(part, revision)))->GetBranchList().size();
+    };
+    // Nobody else sees a branch that was never published.
+    EXPECT_EQ(branches(2), 0u);
+    const UDMItemHandle branch =
+        bob->GetEntity(bob->GetHistory(Newest(bob, part))->GetBranchList().at(0)->GetBaseUID());
+    Publish(bob, branch);
+    EXPECT_EQ(branches(1), 0u);
+    EXPECT_EQ(branches(2), 1u);
+    EXPECT_EQ(branches(3), 1u);
+}
+
 TEST_F(RevisionHistory, ADeletedBranchIsListedNoMore) {
     Publish(ann, part, "", true);
     Publish(ann, part);
