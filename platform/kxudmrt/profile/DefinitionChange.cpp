@@ -25,6 +25,12 @@ kxString Subject(const ContentDefinition& definition) {
     return "The content definition \"" + definition.Name() + "\" can't be changed: ";
 }
 
+// A classification says whether it is a master one, declared or not.
+bool Shows(const ContentDefinition& definition, std::string_view attribute) {
+    return definition.FindAttribute(attribute) != nullptr ||
+           (attribute == CATEGORY_KIND && definition.Type() == CLASSIFICATION_TYPE);
+}
+
 // What an attribute was and is; null where the definition doesn't have it.
 struct Changed {
     const AttributeDefinition* was = nullptr;
@@ -225,7 +231,7 @@ class Step {
             }
         }
         for (const AttributeDefinition* was : _was.Attributes()) {
-            if (_is.FindAttribute(was->name) == nullptr && !IsComputed(was->name)) {
+            if (!Shows(_is, was->name) && !IsComputed(was->name)) {
                 changed.push_back({was, nullptr});
             }
         }
@@ -284,9 +290,7 @@ bool ChangeCatalogue(Session& session,
 }
 
 void ShowThrough(const ContentDefinition& definition, store::AttributeList& attributes) {
-    std::erase_if(attributes, [&](const auto& each) {
-        return definition.FindAttribute(each.first) == nullptr;
-    });
+    std::erase_if(attributes, [&](const auto& each) { return !Shows(definition, each.first); });
     std::set<std::string_view> there;
     for (const auto& [name, value] : attributes) {
         there.insert(name);
@@ -311,7 +315,7 @@ void AlignBranch(Session& session, store::LibraryStore& store, const kxString& u
     store::AttributeList shown = stored;
     ShowThrough(definition, shown);
     for (const auto& [name, value] : stored) {
-        if (definition.FindAttribute(name) == nullptr) {
+        if (!Shows(definition, name)) {
             store.DropHeadValue(row.id, true, name);
         }
     }

@@ -1,4 +1,7 @@
+#include <kxudm/UDMMaintenance.h>
+
 #include "Library.h"
+#include "Revisions.h"
 
 namespace kxudm::test {
 namespace {
@@ -268,6 +271,31 @@ TEST_F(Classifications, AreMasterOnesOnceTheyAreToldSo) {
     EXPECT_TRUE(isMaster(again->GetEntity(metals.GetUID())));
     again->SetMaster(again->GetEntity(metals.GetUID()), false);
     EXPECT_FALSE(isMaster(again->GetEntity(metals.GetUID())));
+}
+
+TEST_F(Classifications, AreMasterOnesWithoutAnAttributeThatTheirDefinitionDeclaresToo) {
+    ann->SetMaster(metals, true);
+    EXPECT_THAT(UDMMaintenance(ann).Verify(), IsEmpty());
+    Publish(ann, metals, "", true);
+    ann->SetMaster(Newest(ann, metals), false);
+    EXPECT_THAT(UDMMaintenance(ann).Verify(), IsEmpty());
+    const UDMItemHandle first = ann->GetEntity(At(metals, 1));
+    const auto reader = first.GetReader<ClassificationReader, UDMItemHandle>();
+    EXPECT_TRUE(reader.IsMaster());
+}
+
+TEST_F(Classifications, OfTheShippedCatalogueAreFoundByTheirKind) {
+    Library other;
+    Parameters params = other.Params("ann", "desk");
+    params["UDMConfigFile"] = KXUDMRT_SHIPPED_CATALOGUE;
+    const ProfilePtr session = other.Keep(UDMProfileMgr::GetProfile(params));
+    const UDMItemHandle master = session->CreateEntity("Categories", "Metals");
+    static_cast<void>(session->CreateEntity("Categories", "Steels"));
+    session->SetMaster(master, true);
+    kxStlVector<UDMItemHandle> hits;
+    session->RunQuery(hits, "attrib.smd_cattype == master", -1, 0, 0, {}, false, false);
+    EXPECT_THAT(DisplayNames(hits), ElementsAre("Metals"));
+    EXPECT_THROW(session->SetAttributeValue(master, "smd_cattype", "other"), UDMException);
 }
 
 TEST_F(Classifications, AreNothingElse) {
