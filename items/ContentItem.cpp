@@ -9,6 +9,7 @@
 
 #include "items/Contained.h"
 #include "items/Definitions.h"
+#include "items/HandleValue.h"
 
 using kxudm::UDMAttributeDefinitionHandle;
 using kxudm::UDMItemHandle;
@@ -106,39 +107,12 @@ bool ContentItem::SetAttributeValue(const kxString& attribute, kxVariant& value)
 }
 
 kxVariant ContentItem::GetAttributeValue(const kxString& attribute) const {
-    using namespace ATTRIBUTE_NAME;
     const UDMItemHandle& handle = _Handle();
     if (handle.IsEmpty()) {
         return kxVariant();
     }
-    if (attribute == ICON) {
-        return _GetIcon();
-    }
-    if (attribute == LABEL) {
-        return kxVariant(handle.GetDisplayName());
-    }
-    if (attribute == ID) {
-        return kxVariant(handle.Uid());
-    }
-    if (attribute == SMD_CONTENTREVISION) {
-        return kxVariant(handle.GetRevision());
-    }
-    if (attribute == SMD_CREATEDUSER) {
-        return handle.GetCreatedBy();
-    }
-    if (attribute == SMD_CREATIME) {
-        return handle.GetCreationTime();
-    }
-    if (attribute == SMD_CTIME) {
-        return handle.GetModifiedTime();
-    }
-    if (attribute == SMD_USER) {
-        return handle.GetModifiedBy();
-    }
-    if (attribute == CONTENTDEFINITION) {
-        return kxVariant(_GetDefinitionName());
-    }
-    return handle.GetAttributeValue(attribute);
+    return ValueOf(
+        handle, attribute, [&] { return _GetIcon(); }, [&] { return _GetDefinitionName(); });
 }
 
 // The pictures come in pairs: the even number stands for read-only, the odd one for editable.

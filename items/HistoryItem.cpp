@@ -1,12 +1,12 @@
 #include <kxct/HistoryItem.h>
 #include <kxct/ItemManager.h>
 #include <kxct/UDMDBCtrl.h>
-#include <kxctinterfaces/Attributes.h>
 #include <kxudm/UDMHistoryNode.h>
 #include <kxudm/UDMUID.h>
 
 #include "items/Contained.h"
 #include "items/Definitions.h"
+#include "items/HandleValue.h"
 
 using kxudm::UDMItemHandle;
 
@@ -33,36 +33,8 @@ kxString HistoryItem::_GetDefinitionName() const {
 }
 
 kxVariant HistoryItem::GetAttributeValue(const kxString& attribute) const {
-    using namespace ATTRIBUTE_NAME;
-    const UDMItemHandle& handle = _Handle();
-    if (attribute == ICON) {
-        return kxVariant(6);
-    }
-    if (attribute == LABEL) {
-        return kxVariant(handle.GetDisplayName());
-    }
-    if (attribute == ID) {
-        return kxVariant(handle.Uid());
-    }
-    if (attribute == SMD_CONTENTREVISION) {
-        return kxVariant(handle.GetRevision());
-    }
-    if (attribute == SMD_CREATEDUSER) {
-        return handle.GetCreatedBy();
-    }
-    if (attribute == SMD_CREATIME) {
-        return handle.GetCreationTime();
-    }
-    if (attribute == SMD_CTIME) {
-        return handle.GetModifiedTime();
-    }
-    if (attribute == SMD_USER) {
-        return handle.GetModifiedBy();
-    }
-    if (attribute == CONTENTDEFINITION) {
-        return kxVariant(_GetDefinitionName());
-    }
-    return handle.GetAttributeValue(attribute);
+    return ValueOf(
+        _Handle(), attribute, [] { return kxVariant(6); }, [&] { return _GetDefinitionName(); });
 }
 
 size_t HistoryItem::GetChildren(kxStlVector<Item*>& children) {
