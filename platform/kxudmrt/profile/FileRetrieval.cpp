@@ -5,6 +5,7 @@
 #include <unordered_set>
 #include <utility>
 
+#include "core/HeldFiles.h"
 #include "profile/ExternalFile.h"
 #include "profile/FileIntake.h"
 #include "vault/DocumentName.h"
@@ -181,6 +182,11 @@ void FileRetrieval::CheckTarget(Piece& piece) {
         return;
     }
     piece.wasThere = true;
+    if (core::HeldFiles::Have(piece.target)) {
+        throw UDMStoreException("'" + Printable(piece.target) +
+                                "' is part of a library that is open in this program; choose "
+                                "another place");
+    }
     if (status.kind != FileKind::Regular && status.kind != FileKind::Link) {
         throw UDMStoreException("'" + Printable(piece.target) + "' is " +
                                 (status.kind == FileKind::Folder ? "a folder" : "no regular file") +

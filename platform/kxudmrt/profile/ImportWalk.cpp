@@ -62,6 +62,14 @@ std::string OwnName(const std::string& folder) {
 
 }  // namespace
 
+ImportWalk::ImportWalk(const ImportOptions& options, ImportReport& report, const std::string& vault)
+    : _options(options), _report(report) {
+    struct stat status {};
+    if (stat(vault.c_str(), &status) == 0) {
+        _vault.emplace(status.st_dev, status.st_ino);
+    }
+}
+
 void ImportWalk::AddTarget(const kxString& target) {
     if (!target.empty()) {
         _plan.folders.push_back({target, target, true});
@@ -105,7 +113,7 @@ void ImportWalk::AddFolder(const std::string& path, const kxString& target) {
         return;
     }
     const kxString name = OwnName(path);
-    const std::string complaint = Complaint([&] { CheckImportedFolderName(name); });
+    const std::string complaint = FolderComplaint(name, -1, status.st_dev, status.st_ino);
     if (!complaint.empty()) {
         _report.Fail(path, complaint);
         return;
@@ -168,10 +176,7 @@ void ImportWalk::MeetEntry(std::ptrdiff_t index,
         if (!_options.recursive) {
             return;
         }
-        std::string complaint = Complaint([&] { CheckImportedFolderName(name); });
-        if (complaint.empty() && LeadsBack(index, status.st_dev, status.st_ino)) {
-            complaint = "it is a symbolic link to a folder that it lies in, which would never end";
-        }
+        const std::string complaint = FolderComplaint(name, index, status.st_dev, status.st_ino);
         if (!complaint.empty()) {
             _report.Fail(path, complaint);
             return;
@@ -188,6 +193,20 @@ void ImportWalk::MeetEntry(std::ptrdiff_t index,
         return;
     }
     TakeFile(_current, name, static_cast<std::uint64_t>(status.st_size));
+}
+
+std::string ImportWalk::FolderComplaint(const std::string& name,
+                                        std::ptrdiff_t above,
+                                        dev_t device,
+                                        ino_t inode) const {
+    if (_vault == std::pair(device, inode)) {
+        return "it is the vault of this library; name folders outside of it";
+    }
+    std::string complaint = Complaint([&] { CheckImportedFolderName(name); });
+    if (complaint.empty() && LeadsBack(above, device, inode)) {
+        complaint = "it is a symbolic link to a folder that it lies in, which would never end";
+    }
+    return complaint;
 }
 
 bool ImportWalk::LeadsBack(std::ptrdiff_t above, dev_t device, ino_t inode) const {

@@ -8,7 +8,9 @@
 
 #include <sys/types.h>
 
+#include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "profile/ImportOptions.h"
@@ -42,8 +44,8 @@ struct ImportPlan {
 
 class ImportWalk {
   public:
-    ImportWalk(const ImportOptions& options, ImportReport& report)
-        : _options(options), _report(report) {}
+    // Leaves out the folder of the library's vault, which may not be there.
+    ImportWalk(const ImportOptions& options, ImportReport& report, const std::string& vault);
 
     // The folder that is imported to is made even if it stays empty.
     void AddTarget(const kxString& target);
@@ -65,6 +67,11 @@ class ImportWalk {
         ino_t inode = 0;
     };
 
+    // Why a folder can't be entered; empty if it can.
+    [[nodiscard]] std::string FolderComplaint(const std::string& name,
+                                              std::ptrdiff_t above,
+                                              dev_t device,
+                                              ino_t inode) const;
     void Walk(Visit first);
     void VisitFolder(std::ptrdiff_t index, std::vector<Visit>& below);
     void MeetEntry(std::ptrdiff_t index, const std::string& name, std::vector<Visit>& below);
@@ -73,6 +80,7 @@ class ImportWalk {
 
     const ImportOptions& _options;
     ImportReport& _report;
+    std::optional<std::pair<dev_t, ino_t>> _vault;
     ImportPlan _plan;
     std::vector<Visit> _visits;
     std::size_t _current = 0;  // the plan's folder of the visit

@@ -18,12 +18,13 @@ kxString TargetOf(const kxString& root) {
     return {};
 }
 
-ImportPlan PlanOf(const kxStlVector<kxString>& folders,
+ImportPlan PlanOf(Session& session,
+                  const kxStlVector<kxString>& folders,
                   const kxStlVector<kxString>& files,
                   const kxString& target,
                   const ImportOptions& options,
                   ImportReport& report) {
-    ImportWalk walk(options, report);
+    ImportWalk walk(options, report, session.Vaults().In({}).Directory());
     walk.AddTarget(target);
     for (const kxString& file : files) {
         walk.AddFile(file, target);
@@ -62,7 +63,7 @@ int Profile::AddFoldersAndFiles(const kxStlVector<kxString>& folders,
     const auto session = _session;
     const ImportOptions read = ReadImportOptions(*session->Catalogue(), options);
     ImportReport report(session->ProgressListener(), read.strict);
-    const ImportPlan plan = PlanOf(folders, files, TargetOf(root), read, report);
+    const ImportPlan plan = PlanOf(*session, folders, files, TargetOf(root), read, report);
     report.RequireGoingOn();
     if (report.IsCancelled()) {
         return 0;

@@ -45,7 +45,8 @@ class FileLayer {
     virtual void MakeFolder(const std::string& path) = 0;
     // Makes the names in a folder survive a loss of power.
     virtual void FlushFolder(const std::string& path) = 0;
-    // Replaces what has the new name, in one step. Both are on one file system.
+    // Replaces what has the new name, in one step. Both are on one file system. The file of a
+    // database that is open in this process is refused with UDMStoreException.
     virtual void Rename(const std::string& from, const std::string& to) = 0;
     // False, and nothing done, where something has the new name.
     virtual bool RenameToNew(const std::string& from, const std::string& to) = 0;
@@ -57,7 +58,8 @@ class FileLayer {
     // --- Open files ---
 
     // Follows symbolic links and does not wait for the other end of a pipe. False where nothing has
-    // this name.
+    // this name. Refuses, with UDMStoreException, the file of a database that is open in this
+    // process, since closing it would take the locks from that.
     virtual bool OpenToRead(const std::string& path, OpenFile& file) = 0;
     // A file that was not there before (else EEXIST), to write to.
     virtual void Create(const std::string& path, unsigned mode, OpenFile& file) = 0;

@@ -8,6 +8,8 @@
 #include <cstring>
 #include <memory>
 
+#include "core/HeldFiles.h"
+#include "vault/DocumentName.h"
 #include "vault/FileLayer.h"
 
 namespace kxudm::vault {
@@ -23,6 +25,14 @@ const char* Native(const std::string& path, const char* action) {
         throw FileError(EINVAL, action, path);
     }
     return path.c_str();
+}
+
+void RequireNotHeld(const std::string& path, const char* action) {
+    if (core::HeldFiles::Have(path)) {
+        throw UDMStoreException("'" + Printable(path) + "' can't be " + action +
+                                ": it is part of a library that is open in this program; close "
+                                "that library first, or name another file");
+    }
 }
 
 bool NothingThere() {
@@ -123,7 +133,10 @@ class MachineFileLayer final : public FileLayer {
     }
 
     void Rename(const std::string& from, const std::string& to) override {
-        if (::rename(Native(from, "renamed"), Native(to, "made")) != 0) {
+        Native(from, "renamed");
+        Native(to, "made");
+        RequireNotHeld(to, "replaced");
+        if (::rename(from.c_str(), to.c_str()) != 0) {
             Fail("made", to);
         }
     }
@@ -169,6 +182,7 @@ class MachineFileLayer final : public FileLayer {
 
     bool OpenToRead(const std::string& path, OpenFile& file) override {
         const char* native = Native(path, "read");
+        RequireNotHeld(path, "read");
         const int descriptor = Uninterrupted(
             [&] { return ::open(native, O_RDONLY | O_NONBLOCK | O_CLOEXEC | O_NOCTTY); });
         if (descriptor < 0) {

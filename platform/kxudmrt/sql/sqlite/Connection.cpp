@@ -12,6 +12,7 @@
 #include <utility>
 #include <vector>
 
+#include "core/HeldFiles.h"
 #include "sql/sqlite/Cursor.h"
 #include "sql/sqlite/Errors.h"
 #include "sql/sqlite/Functions.h"
@@ -115,7 +116,8 @@ class Connection final : public sql::Connection {
     const OpenOptions options_;
     const Place place_;
     sqlite3* database_ = nullptr;
-    std::optional<FileState> frozen_;  // of a file that is read without the log and its locks
+    std::optional<core::HeldFiles> held_;  // as long as the database is open
+    std::optional<FileState> frozen_;      // of a file that is read without the log and its locks
 
     // Compiled statements that nobody uses just now
     std::unordered_map<const NamedStatement*, std::vector<std::unique_ptr<sql::Cursor>>> named_;
@@ -153,12 +155,16 @@ void Connection::Close() noexcept {
     texts_.clear();
     sqlite3_close(database_);
     database_ = nullptr;
+    held_.reset();
 }
 
 void Connection::Prepare() {
     OpenFile();
     CheckApplication();
     SetUp();
+    // Reading makes the log and its index, where they were not there.
+    static_cast<void>(Number(USER_VERSION));
+    held_.emplace(std::vector{options_.file, options_.file + "-wal", options_.file + "-shm"});
 }
 
 // A log can't be made there, and there is none that would have to be read.

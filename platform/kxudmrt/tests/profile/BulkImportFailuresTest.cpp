@@ -251,7 +251,25 @@ TEST_F(BulkImportFailures, I11_LeavesTheVaultOfTheLibraryAlone) {
     Write("tree/a.txt", "a");
     Import();
     const UDMProgressScope scope(ann, listener);
-    EXPECT_EQ(ann->AddFoldersAndFiles({library.BaseDirectory() + "/vault"}, {}, "", {}), 0);
+    const std::string vault = library.BaseDirectory() + "/vault";
+    std::filesystem::create_directory_symlink(vault, Path("tree/vault"));
+    EXPECT_EQ(ann->AddFoldersAndFiles({vault, Path("tree")}, {}, "", {}), 0);
+    EXPECT_THAT(listener.failed, ElementsAre(vault, Path("tree/vault")));
+    EXPECT_THAT(listener.reasons.front(), HasSubstr("is the vault of this library"));
+    EXPECT_THAT(In(ann, "/vault"), ElementsAre("absent"));
+    EXPECT_EQ(VaultFiles(), 1U);
+}
+
+TEST_F(BulkImportFailures, I11_LeavesFilesAloneThatAreNamedWithinAVault) {
+    Write("tree/a.txt", "a");
+    Import();
+    const UDMProgressScope scope(ann, listener);
+    kxStlVector<kxString> folders;
+    for (const auto& entry :
+         std::filesystem::directory_iterator(library.BaseDirectory() + "/vault")) {
+        folders.push_back(entry.path().string());
+    }
+    EXPECT_EQ(ann->AddFoldersAndFiles(folders, {}, "", {}), 0);
     EXPECT_EQ(scope.FailureCount(), 1U);
     EXPECT_THAT(listener.reasons.front(), HasSubstr("part of a vault of this library"));
     EXPECT_EQ(VaultFiles(), 1U);
