@@ -22,7 +22,7 @@ namespace {
 
 using testing::IsEmpty;
 
-#ifdef __SANITIZE_ADDRESS__
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
 // A process takes ten times as long there.
 constexpr int KILLS = 60;
 #else

@@ -12,7 +12,7 @@ namespace {
 // Many small libraries: each round fills a new one.
 constexpr int ENTITIES = 60;
 constexpr int QUERIES = 1000;
-#ifdef __SANITIZE_ADDRESS__
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
 constexpr int ROUNDS = 2;
 #else
 constexpr int ROUNDS = 25;
