@@ -76,6 +76,10 @@ struct IconCase {
     int readOnly;
 };
 
+void PrintTo(const IconCase& icon, std::ostream* out) {
+    *out << icon.type << ": " << icon.readOnly;
+}
+
 class ContentItemIcon : public ContentTest, public ::testing::WithParamInterface<IconCase> {};
 
 TEST_P(ContentItemIcon, FollowsTypeAndEditabilityByOne) {

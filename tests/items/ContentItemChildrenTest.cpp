@@ -149,6 +149,10 @@ struct FilterCase {
     const char* asked;
 };
 
+void PrintTo(const FilterCase& filter, std::ostream* out) {
+    *out << filter.childType << " and " << filter.expression;
+}
+
 class ContentItemFilter : public ContentTest, public ::testing::WithParamInterface<FilterCase> {};
 
 TEST_P(ContentItemFilter, CombinesTypeAndExpression) {

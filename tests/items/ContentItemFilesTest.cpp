@@ -195,6 +195,10 @@ struct NameCase {
     const char* expected;
 };
 
+void PrintTo(const NameCase& name, std::ostream* out) {
+    *out << name.displayName << " beside " << name.siblings.size();
+}
+
 class ContentItemAddItem : public ContentTest, public ::testing::WithParamInterface<NameCase> {};
 
 TEST_P(ContentItemAddItem, FindsAFreeName) {

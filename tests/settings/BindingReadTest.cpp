@@ -163,6 +163,10 @@ struct BooleanText {
     bool value;
 };
 
+void PrintTo(const BooleanText& boolean, std::ostream* out) {
+    *out << boolean.text;
+}
+
 class BindingReadBoolean : public ::testing::TestWithParam<BooleanText> {};
 
 TEST_P(BindingReadBoolean, WordsAndTheNumbersZeroAndOneAreTaken) {

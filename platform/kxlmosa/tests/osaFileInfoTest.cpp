@@ -10,6 +10,10 @@ struct Parts {
     const char* extension;
 };
 
+void PrintTo(const Parts& parts, std::ostream* out) {
+    *out << parts.path;
+}
+
 class osaFileInfoParts : public testing::TestWithParam<Parts> {};
 
 TEST_P(osaFileInfoParts, AreFoundInTheText) {

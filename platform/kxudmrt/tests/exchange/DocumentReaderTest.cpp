@@ -80,6 +80,10 @@ struct Refused {
     const char* error;
 };
 
+void PrintTo(const Refused& refused, std::ostream* out) {
+    *out << refused.name;
+}
+
 class DocumentReaderRefuses : public testing::TestWithParam<Refused> {};
 
 std::string NameOf(const testing::TestParamInfo<Refused>& info) {

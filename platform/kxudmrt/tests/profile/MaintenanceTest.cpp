@@ -29,6 +29,10 @@ struct Damage {
     const char* found;  // the beginning of the only finding
 };
 
+void PrintTo(const Damage& damage, std::ostream* out) {
+    *out << damage.name;
+}
+
 // For the SQL of damage.
 #define ENTITY(name) "(SELECT id FROM entity WHERE name = '" name "')"
 #define NEWEST(name) \

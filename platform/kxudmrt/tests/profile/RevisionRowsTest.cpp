@@ -25,6 +25,10 @@ struct Row {
     std::string seenElsewhere = {};
 };
 
+void PrintTo(const Row& row, std::ostream* out) {
+    *out << row.name;
+}
+
 UDMItemHandle Named(const ProfilePtr& profile, const kxString& name) {
     kxStlVector<UDMItemHandle> hits;
     profile->RunQuery(hits, "name == \"" + name + "\"", -1, 0, 0, {}, false, false);

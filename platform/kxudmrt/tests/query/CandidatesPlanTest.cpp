@@ -39,6 +39,10 @@ struct Served {
     const char* index;
 };
 
+void PrintTo(const Served& served, std::ostream* out) {
+    *out << served.text;
+}
+
 class ServedByAnIndex : public Plans, public testing::WithParamInterface<Served> {};
 
 }  // namespace

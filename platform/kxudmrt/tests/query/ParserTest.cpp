@@ -14,6 +14,10 @@ struct Row {
     const char* tree;
 };
 
+void PrintTo(const Row& row, std::ostream* out) {
+    *out << row.text;
+}
+
 class Trees : public testing::TestWithParam<Row> {};
 
 struct Wrong {
@@ -22,6 +26,10 @@ struct Wrong {
     const char* fragment;
     const char* problem;
 };
+
+void PrintTo(const Wrong& wrong, std::ostream* out) {
+    *out << wrong.text;
+}
 
 class Errors : public testing::TestWithParam<Wrong> {};
 

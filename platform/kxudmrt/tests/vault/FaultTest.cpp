@@ -16,6 +16,10 @@ struct Fault {
     int code = EIO;
 };
 
+void PrintTo(const Fault& fault, std::ostream* out) {
+    *out << "call " << fault.number << (fault.lasts ? " and on" : "") << ", error " << fault.code;
+}
+
 class FaultTest : public testing::TestWithParam<Fault> {
   protected:
     // Files that take every way in: small and large, plain and compressed, empty, twice the same,
