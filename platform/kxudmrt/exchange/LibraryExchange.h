@@ -57,20 +57,34 @@ class ExportSelection {
     const Scope scope_;
 };
 
-// A content of exported files.
-struct ExportedContent {
+// --- Contents of files: those that are exported, or that an archive should bring ---
+
+struct NotedContent {
     std::string hash = {};
     std::string vault = {};
     std::uint64_t size = 0;
 };
+// Notes it unless it is. The size that it was noted with, now or before.
+std::uint64_t NoteContent(store::LibraryStore& store, const NotedContent& content);
 struct ContentTotal {
     std::uint64_t count = 0;
     std::uint64_t bytes = 0;
 };
-[[nodiscard]] ContentTotal CountExportedContents(store::LibraryStore& store);
-// In the order of their hashes.
-void VisitExportedContents(store::LibraryStore& store,
-                           const std::function<void(const ExportedContent&)>& visit);
+[[nodiscard]] ContentTotal CountContents(store::LibraryStore& store);
+
+// In the order of their hashes. Nothing is read between two calls of Next.
+class NotedContents {
+  public:
+    explicit NotedContents(store::LibraryStore& store) : store_(store) {}
+
+    // Null behind the last one; otherwise valid until the next call.
+    [[nodiscard]] const NotedContent* Next();
+
+  private:
+    store::LibraryStore& store_;
+    std::vector<NotedContent> portion_;
+    std::size_t next_ = 0;
+};
 
 // --- Import: entities ---
 

@@ -190,7 +190,7 @@ EntityRecord ExportSelection::Read(store::EntityId id) {
     if (scope_ != Scope::Newest) {
         ReadFiles(store_, id, entity, [&](const FileRecord& file, std::string_view vault) {
             if (!file.IsExternal()) {
-                Run(store_, store::statements::NOTE_CONTENT, file.hash, vault, file.size);
+                NoteContent(store_, {file.hash, std::string(vault), file.size});
             }
         });
     }
@@ -236,33 +236,6 @@ std::string ExportSelection::ReadNumbers(store::EntityId id,
         revisions.emplace_back().number = read.Int(0);
     }
     return uid;
-}
-
-ContentTotal CountExportedContents(store::LibraryStore& store) {
-    sql::Statement count(store.Connection(), store::statements::COUNT_CONTENT);
-    return count.Step() ? ContentTotal{static_cast<std::uint64_t>(count.Int64(0)),
-                                       static_cast<std::uint64_t>(count.Int64(1))}
-                        : ContentTotal{};
-}
-
-void VisitExportedContents(store::LibraryStore& store,
-                           const std::function<void(const ExportedContent&)>& visit) {
-    std::vector<ExportedContent> portion(1);
-    while (!portion.empty()) {
-        const std::string last = portion.back().hash;
-        portion.clear();
-        {
-            sql::Statement read(store.Connection(), store::statements::CONTENT_BEHIND);
-            read.BindAll(last, PORTION);
-            while (read.Step()) {
-                portion.push_back(
-                    {read.String(0), read.String(1), static_cast<std::uint64_t>(read.Int64(2))});
-            }
-        }
-        for (const ExportedContent& content : portion) {
-            visit(content);
-        }
-    }
 }
 
 EntityRecord ReadKnown(store::LibraryStore& store, store::EntityId id) {

@@ -73,20 +73,20 @@ void ArchiveExport::WriteDocument() {
         }
     });
     document.End();
-    const exchange::ContentTotal contents = exchange::CountExportedContents(_session.Store());
+    const exchange::ContentTotal contents = exchange::CountContents(_session.Store());
     _progress.SetTotal(total + contents.count, contents.bytes);
 }
 
 void ArchiveExport::WriteContents() {
-    exchange::VisitExportedContents(_session.Store(),
-                                    [this](const exchange::ExportedContent& content) {
-                                        _progress.Begin(content.hash);
-                                        WriteContent(content);
-                                        _progress.End();
-                                    });
+    exchange::NotedContents contents(_session.Store());
+    while (const exchange::NotedContent* const content = contents.Next()) {
+        _progress.Begin(content->hash);
+        WriteContent(*content);
+        _progress.End();
+    }
 }
 
-void ArchiveExport::WriteContent(const exchange::ExportedContent& content) {
+void ArchiveExport::WriteContent(const exchange::NotedContent& content) {
     const auto reader = _session.Vaults().In(content.vault).Open(content.hash);
     _archive.Begin(exchange::FileEntry(content.hash), content.size);
     while (const std::size_t count = reader->Read(_block.get(), kBlock)) {

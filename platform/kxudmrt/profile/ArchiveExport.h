@@ -31,7 +31,7 @@ class ArchiveExport {
     void SelectUids(const kxStlVector<kxString>& uids);
     void WriteDocument();
     void WriteContents();
-    void WriteContent(const exchange::ExportedContent& content);
+    void WriteContent(const exchange::NotedContent& content);
 
     Session& _session;
     const exchange::Scope _scope;

@@ -72,7 +72,7 @@ class ArchiveImport::Scan final : public DocumentHandler {
         _import._progress.Begin(entity.name);
         RequireFitting(*_import._definitions, entity);
         for (const exchange::FileRecord& file : entity.files) {
-            NoteContent(entity, file);
+            _import._contents.Note(entity, file);
         }
         if (_import._definitions->Get(entity.definition).Type() == FOLDER_TYPE) {
             _import._folders.Note(entity);
@@ -84,22 +84,6 @@ class ArchiveImport::Scan final : public DocumentHandler {
     void End(const exchange::DocumentCounts& counts) override { _import._counts = counts; }
 
   private:
-    void NoteContent(const EntityRecord& entity, const exchange::FileRecord& file) {
-        if (file.IsExternal()) {
-            return;
-        }
-        const auto [content, added] = _import._contents.emplace(file.hash, Content{file.size});
-        if (!added && content->second.size != file.size) {
-            throw ArchiveException("'" + vault::Printable(_import._path) + "': the file '" +
-                                   vault::Printable(file.name) + "' of " + entity.uid + " has " +
-                                   std::to_string(file.size) +
-                                   " bytes, and another one with its "
-                                   "SHA-256 has " +
-                                   std::to_string(content->second.size) +
-                                   "; expected one size for one content");
-        }
-    }
-
     ArchiveImport& _import;
 };
 
@@ -134,7 +118,8 @@ ArchiveImport::ArchiveImport(Session& session, const kxString& path, UDMImportRe
       _path(path),
       _report(report),
       _progress(session.ProgressListener(), "The import of '" + vault::Printable(path) + "'"),
-      _block(std::make_unique_for_overwrite<char[]>(kBlock)) {}
+      _block(std::make_unique_for_overwrite<char[]>(kBlock)),
+      _contents(session.Store(), _path) {}
 
 ArchiveImport::~ArchiveImport() = default;
 
@@ -164,66 +149,39 @@ void ArchiveImport::ReadDocument() {
 }
 
 void ArchiveImport::TakeContents() {
-    std::uint64_t bytes = 0;
-    for (const auto& [hash, content] : _contents) {
-        bytes += content.size;
-    }
-    _progress.SetTotal(_counts.entities + _contents.size(), bytes);
-    std::size_t taken = 0;
-    for (; _archive->Next(); ++taken) {
+    const exchange::ContentTotal total = _contents.Total();
+    _progress.SetTotal(_counts.entities + total.count, total.bytes);
+    while (_archive->Next()) {
         TakeContent();
     }
-    if (taken == _contents.size()) {
-        return;
-    }
-    for (const auto& [hash, content] : _contents) {
-        if (!content.isTaken) {
-            throw ArchiveException("'" + vault::Printable(_path) + "' has no entry \"" +
-                                   exchange::FileEntry(hash) +
-                                   "\", which its document names; expected one");
-        }
-    }
+    _contents.MeetEnd();
 }
 
 void ArchiveImport::TakeContent() {
     const std::string hash = _archive->Hash();
     const std::string name = _path + ", " + _archive->Name();
-    const auto content = _contents.find(hash);
-    if (content == _contents.end()) {
-        throw ArchiveException("'" + vault::Printable(name) +
-                               "': no file of the document has this content; expected contents of "
-                               "its files only");
-    }
-    if (_archive->Size() != content->second.size) {
-        throw ArchiveException("'" + vault::Printable(name) + "' has " +
-                               std::to_string(_archive->Size().value_or(0)) + " bytes; expected " +
-                               std::to_string(content->second.size) + ", as the document says");
-    }
+    _contents.Meet(hash, _archive->Name(), _archive->Size());
     _progress.Begin(hash);
-    if (!_batch) {
-        _batch.emplace(_session.Vaults().In({}));
+    if (!_delivery) {
+        _delivery.emplace(_session.Vaults().In({}));
     }
     Entry source(*_archive);
     const vault::Stored stored =
-        _batch->Add(source, name, {.progress = [this](std::uint64_t bytes) {
-                        _progress.Advance(bytes);
-                        return true;
-                    }});
+        _delivery->Add(source, name, {.progress = [this](std::uint64_t bytes) {
+                           _progress.Advance(bytes);
+                           return true;
+                       }});
     if (stored.hash != hash) {
         throw ArchiveException("'" + vault::Printable(name) + "' has the content " + stored.hash +
                                "; expected the one that it is named by");
-    }
-    content->second.isTaken = true;
-    if (!stored.wasThere) {
-        _brought.push_back(hash);
     }
     _progress.End();
 }
 
 // What takes long, the bytes themselves, is safe before others have to wait.
 void ArchiveImport::Write(const Finish& finish) {
-    if (_batch) {
-        _batch->Flush();
+    if (_delivery) {
+        _delivery->Flush();
     }
     bool areContentsThere = false;
     try {
@@ -237,9 +195,9 @@ void ArchiveImport::Write(const Finish& finish) {
             finish(operation, *catalogue);
             // The last moment at which a listener may end it.
             _progress.Finish();
-            if (_batch) {
+            if (_delivery) {
                 areContentsThere = true;
-                _batch->Commit();
+                _delivery->Commit();
             }
             operation.Commit();
         } catch (...) {
@@ -300,6 +258,9 @@ void ArchiveImport::ReadAgain(DocumentHandler& handler) {
 // Contents that came into the vault and that no row names, here or in a library beside this one:
 // after a failure all of them, else those of entities that were refused.
 void ArchiveImport::TakeBack() noexcept {
+    if (!_delivery) {
+        return;
+    }
     try {
         Neighbours neighbours(_session.Options().libraryFile);
         if (!neighbours.Unreadable().empty()) {
@@ -307,12 +268,10 @@ void ArchiveImport::TakeBack() noexcept {
         }
         sql::Transaction lock(_session.Store().Connection());
         neighbours.Lock();
-        for (const std::string& hash : _brought) {
-            if (!store::IsContentUsed(_session.Store().Connection(), {}, hash) &&
-                !neighbours.Uses({}, hash)) {
-                static_cast<void>(_session.Vaults().In({}).Remove(hash));
-            }
-        }
+        _delivery->TakeBack([&](const std::string& hash) {
+            return store::IsContentUsed(_session.Store().Connection(), {}, hash) ||
+                   neighbours.Uses({}, hash);
+        });
         lock.Commit();
     } catch (const std::exception&) {
         // They are orphans, which a purge takes away; the first failure is told.

@@ -3,21 +3,20 @@
 //
 // Layer: profile. Until that transaction the library isn't touched and other sessions can write.
 // The document is put aside while it is read for the first time, so that the archive is read once.
-// Memory grows with the number of folders and of contents, by some hundred bytes each.
+// Memory grows with the number of folders, by some hundred bytes each.
 #pragma once
 
 #include <optional>
 #include <string>
-#include <unordered_map>
-#include <vector>
 
 #include "exchange/ArchiveReader.h"
 #include "exchange/DocumentReader.h"
+#include "profile/ArrivingContents.h"
 #include "profile/DefinitionChange.h"
 #include "profile/EntityImport.h"
 #include "profile/ExchangeProgress.h"
 #include "profile/LinkImport.h"
-#include "vault/Vault.h"
+#include "vault/Delivery.h"
 
 namespace kxudm::profile {
 
@@ -39,10 +38,6 @@ class ArchiveImport {
   private:
     class Scan;
     class Rows;
-    struct Content {
-        std::uint64_t size = 0;
-        bool isTaken = false;
-    };
 
     // --- Once through the archive ---
     void ReadDocument();
@@ -51,7 +46,6 @@ class ArchiveImport {
 
     // --- Into the library ---
     void Write(const Finish& finish);
-    void WriteRows(Operation& operation, Rows& rows);
     CataloguePtr TakeDefinitions(Operation& operation);
     void ReadAgain(exchange::DocumentHandler& handler);
     void TakeBack() noexcept;
@@ -66,11 +60,10 @@ class ArchiveImport {
     std::unique_ptr<vault::TemporaryFile> _document;
     CataloguePtr _definitions;  // of the archive
     exchange::DocumentCounts _counts;
-    std::unordered_map<std::string, Content> _contents;
+    ArrivingContents _contents;
     ImportedFolders _folders;
 
-    std::optional<vault::Batch> _batch;
-    std::vector<std::string> _brought;  // contents that the vault didn't have
+    std::optional<vault::Delivery> _delivery;
 };
 
 }  // namespace kxudm::profile

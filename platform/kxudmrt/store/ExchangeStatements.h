@@ -1,7 +1,8 @@
 // The SQL of export and import; see Statements.h for the rest and for the rules.
 //
 // Layer: store. What is exported, and what became of each entity of an import, stands in temporary
-// tables of the connection, so that memory outside of the database doesn't grow with the library.
+// tables of the connection, which go to a file once they are large: memory doesn't grow with the
+// library.
 #ifndef KXUDMRT_STORE_EXCHANGESTATEMENTS_H
 #define KXUDMRT_STORE_EXCHANGESTATEMENTS_H
 
@@ -77,6 +78,8 @@ inline constexpr NamedStatement SELECTED_DEFINITIONS{
 inline constexpr NamedStatement NOTE_CONTENT{
     "note content for export",
     "INSERT OR IGNORE INTO exchange_content(hash, vault, size) VALUES (?1, ?2, ?3)"};
+inline constexpr NamedStatement SIZE_OF_CONTENT{
+    "size of content for export", "SELECT size FROM exchange_content WHERE hash = ?1"};
 inline constexpr NamedStatement COUNT_CONTENT{
     "count contents for export", "SELECT count(*), coalesce(sum(size), 0) FROM exchange_content"};
 inline constexpr NamedStatement CONTENT_BEHIND{

@@ -48,13 +48,17 @@ std::string Layout::TemporaryFolder() const {
 
 std::string Layout::PathOf(const std::string& hash) const {
     Entry entry;
-    return Find(hash, entry) ? entry.path : FolderOf(hash) + "/" + hash;
+    return Find(hash, entry) ? entry.path : NameOf(hash, false);
+}
+
+std::string Layout::NameOf(const std::string& hash, bool compressed) const {
+    std::string path = FolderOf(hash) + "/" + hash;
+    return compressed ? path += kCompressedSuffix : path;
 }
 
 bool Layout::Find(const std::string& hash, Entry& entry) const {
-    const std::string plain = FolderOf(hash) + "/" + hash;
     for (const bool compressed : {true, false}) {
-        std::string path = compressed ? plain + std::string(kCompressedSuffix) : plain;
+        std::string path = NameOf(hash, compressed);
         FileStatus status;
         if (files_.Status(path, status)) {
             entry = {hash, std::move(path), status.size, compressed, status.modified / 1000};
@@ -109,9 +113,8 @@ void Layout::VisitFolder(const std::string& name,
 }
 
 bool Layout::Remove(const std::string& hash) const {
-    const std::string plain = FolderOf(hash) + "/" + hash;
-    const bool wasPlain = files_.Remove(plain);
-    return files_.Remove(plain + std::string(kCompressedSuffix)) || wasPlain;
+    const bool wasPlain = files_.Remove(NameOf(hash, false));
+    return files_.Remove(NameOf(hash, true)) || wasPlain;
 }
 
 std::optional<std::uint64_t> Layout::RemoveOlder(const Entry& entry, std::int64_t before) const {
@@ -183,10 +186,7 @@ void Layout::MoveIn(TemporaryFile& file,
                     const std::string& hash,
                     bool compressed,
                     const std::string& impostor) {
-    std::string path = FolderOf(hash) + "/" + hash;
-    if (compressed) {
-        path += kCompressedSuffix;
-    }
+    const std::string path = NameOf(hash, compressed);
     try {
         file.MoveTo(path);
     } catch (const FileError& error) {

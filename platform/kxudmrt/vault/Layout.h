@@ -41,6 +41,8 @@ class Layout {
 
     // Where the content is, or would be as it is.
     [[nodiscard]] std::string PathOf(const std::string& hash) const;
+    // The path that it has, stored in this way.
+    [[nodiscard]] std::string NameOf(const std::string& hash, bool compressed) const;
     // False where the content is not there.
     bool Find(const std::string& hash, Entry& entry) const;
     // Tells a purge that the content is in use again. False if it went away meanwhile.

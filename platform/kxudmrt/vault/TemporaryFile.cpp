@@ -1,6 +1,7 @@
 #include "vault/TemporaryFile.h"
 
 #include <cerrno>
+#include <utility>
 
 #include "vault/TemporaryName.h"
 
@@ -19,6 +20,9 @@ TemporaryFile::TemporaryFile(FileLayer& files, const std::string& folder, unsign
     files_.Create(path_, mode, handle_.File());
     exists_ = true;
 }
+
+TemporaryFile::TemporaryFile(FileLayer& files, std::string path)
+    : files_(files), path_(std::move(path)), handle_(files), exists_(true) {}
 
 TemporaryFile::~TemporaryFile() {
     if (!exists_) {

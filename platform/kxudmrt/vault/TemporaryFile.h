@@ -18,6 +18,8 @@ class TemporaryFile {
     // Makes the file in `folder`, which must be there (ENOENT). `mode` as of open(2). The layer is
     // used, not owned.
     TemporaryFile(FileLayer& files, const std::string& folder, unsigned mode);
+    // One that was let go, from then on this object's.
+    TemporaryFile(FileLayer& files, std::string path);
     ~TemporaryFile();
     TemporaryFile(const TemporaryFile&) = delete;
     TemporaryFile& operator=(const TemporaryFile&) = delete;
@@ -29,6 +31,8 @@ class TemporaryFile {
     void Close();
 
     [[nodiscard]] const std::string& Path() const { return path_; }
+    // Whoever knows its path has to remove it from now on.
+    void LetGo() { exists_ = false; }
     // Replaces what has the name.
     void MoveTo(const std::string& path);
     // False, and the file still temporary, where something has the name.

@@ -135,6 +135,7 @@ class Vault {
 
   private:
     friend class Batch;
+    friend class Delivery;
     friend class Fetcher;
 
     void CheckTarget(const std::string& target) const;

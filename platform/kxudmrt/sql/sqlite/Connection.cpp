@@ -253,7 +253,8 @@ void Connection::CheckApplication() {
 }
 
 void Connection::SetUp() {
-    Execute("PRAGMA foreign_keys=ON; PRAGMA temp_store=MEMORY; PRAGMA cache_size=-32768;");
+    // Temporary tables may be as large as the library: in memory as long as they are small.
+    Execute("PRAGMA foreign_keys=ON; PRAGMA temp_store=FILE; PRAGMA cache_size=-32768;");
     if (sqlite3_db_readonly(database_, "main") == 1) {
         return;
     }

@@ -66,6 +66,22 @@ std::string FilesBelow(const std::string& folder) {
     return text;
 }
 
+// How much memory a refused import takes at its peak beyond what an honest one has taken, in KiB.
+std::string PeakGrowth(const ProfilePtr& profile,
+                       const std::string& honest,
+                       const std::string& bomb) {
+    profile->Import(honest);
+    rusage before{};
+    rusage after{};
+    getrusage(RUSAGE_SELF, &before);
+    if (ErrorOf([&] { profile->Import(bomb); }).empty()) {
+        return "was imported";
+    }
+    getrusage(RUSAGE_SELF, &after);
+    const long growth = after.ru_maxrss - before.ru_maxrss;
+    return growth < 24 * 1024 ? "little" : std::to_string(growth) + " KiB";
+}
+
 class HostileImport : public Files {
   protected:
     HostileImport() {
@@ -108,6 +124,13 @@ class HostileImport : public Files {
     void ExpectUntouched() {
         EXPECT_TRUE(Rows(library.File()) == rows);
         EXPECT_EQ(FilesBelow(library.BaseDirectory() + "/vault"), files);
+    }
+    // In a process of its own, whose peak begins low.
+    std::string PeakGrowthOf(const std::string& name) {
+        return vault::InChild([&] {
+            const ProfilePtr profile = UDMProfileMgr::GetProfile(library.Params("child"));
+            return PeakGrowth(profile, Path("honest.kxa"), Path(name));
+        });
     }
     // The archive with its document changed.
     std::string WithDocument(const std::string& from, const std::string& to) {
@@ -247,22 +270,6 @@ TEST_F(HostileImport, LaterVersions) {
     EXPECT_THAT(Refused(WithDocument("version=\"1\"", "version=\"2\"")), HasSubstr("version"));
 }
 
-// How much memory a refused import takes at its peak beyond what an honest one has taken, in KiB.
-std::string PeakGrowth(const ProfilePtr& profile,
-                       const std::string& honest,
-                       const std::string& bomb) {
-    profile->Import(honest);
-    rusage before{};
-    rusage after{};
-    getrusage(RUSAGE_SELF, &before);
-    if (ErrorOf([&] { profile->Import(bomb); }).empty()) {
-        return "was imported";
-    }
-    getrusage(RUSAGE_SELF, &after);
-    const long growth = after.ru_maxrss - before.ru_maxrss;
-    return growth < 24 * 1024 ? "little" : std::to_string(growth) + " KiB";
-}
-
 TEST_F(HostileImport, ABombTakesNoMemory) {
     Entries contents = entries;
     Entries texts = entries;
@@ -279,15 +286,63 @@ TEST_F(HostileImport, ABombTakesNoMemory) {
     EXPECT_NE(ErrorOf([&] { ann->Import(Path("content.kxa")); }), "");
     EXPECT_NE(ErrorOf([&] { ann->Import(Path("text.kxa")); }), "");
     ExpectUntouched();
-    // Each in a process of its own, whose peak begins low.
     for (const char* name : {"content.kxa", "text.kxa"}) {
-        EXPECT_EQ(vault::InChild([&] {
-                      const ProfilePtr profile = UDMProfileMgr::GetProfile(library.Params("child"));
-                      return PeakGrowth(profile, Path("honest.kxa"), Path(name));
-                  }),
-                  "little")
-            << name;
+        EXPECT_EQ(PeakGrowthOf(name), "little") << name;
     }
+}
+
+std::size_t CountOf(const std::string& text, std::string_view part) {
+    std::size_t count = 0;
+    for (std::size_t at = text.find(part); at != std::string::npos; at = text.find(part, at + 1)) {
+        ++count;
+    }
+    return count;
+}
+
+// The document with one of its entities in many copies of many files each, whose contents are
+// nowhere.
+std::string Multiplied(std::string document, int copies, int files) {
+    const std::size_t begin = document.rfind("<entity ", document.find("<file "));
+    const std::size_t end = document.find("</entity>\n", begin) + 10;
+    const std::string entity = document.substr(begin, end - begin);
+    const std::size_t file = entity.find("<file ");
+    const std::string line = entity.substr(file, entity.find('\n', file) + 1 - file);
+    std::string text;
+    for (int i = 100; i < 100 + copies; ++i) {
+        std::string lines;
+        for (int j = 100'000; j < 100'000 + files; ++j) {
+            std::string further = line;
+            further.replace(line.find("sha256=\"") + 8, 9, std::to_string(j) + std::to_string(i));
+            further.insert(line.find("\" sha256"), std::to_string(j));
+            lines += further;
+        }
+        std::string copy = entity;
+        copy.replace(file, line.size(), lines);
+        copy.replace(copy.find("uid=\"") + 5 + 23, 3, std::to_string(i));
+        text += copy;
+    }
+    document.insert(end, text);
+    document.erase(document.find("<end "));
+    std::string ending = "<end";
+    for (const auto& [name, start] : {std::pair("entities", "<entity "),
+                                      std::pair("revisions", "<revision "),
+                                      std::pair("files", "<file "),
+                                      std::pair("links", "<link ")}) {
+        ending += " " + std::string(name) + "=\"" + std::to_string(CountOf(document, start)) + "\"";
+    }
+    return document + ending + "/>\n</library>\n";
+}
+
+TEST_F(HostileImport, AnyNumberOfContentsTakesNoMemory) {
+    {
+        Entries many = entries;
+        many[0].content = Multiplied(many[0].content, 200, 1000);
+        Write("many.kxa", Sealed(ZipOf(many)));
+    }
+    EXPECT_THAT(ErrorOf([&] { ann->Import(Path("many.kxa")); }),
+                HasSubstr("has no entry \"files/"));
+    ExpectUntouched();
+    EXPECT_EQ(PeakGrowthOf("many.kxa"), "little");
 }
 
 }  // namespace

@@ -1,0 +1,201 @@
+#include <sys/resource.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <filesystem>
+#include <fstream>
+
+#include "Support.h"
+#include "vault/Delivery.h"
+
+namespace kxudm::vault {
+namespace {
+
+using testing::HasSubstr;
+
+// A content in memory.
+class Bytes final : public Source {
+  public:
+    explicit Bytes(std::string content) : content_(std::move(content)) {}
+    std::size_t Fill(char* bytes, std::size_t size) override {
+        const std::size_t count = std::min(size, content_.size() - at_);
+        std::copy_n(content_.data() + at_, count, bytes);
+        at_ += count;
+        return count;
+    }
+    void CheckUnchanged() override {}
+    [[nodiscard]] std::uint64_t Size() const override { return content_.size(); }
+    [[nodiscard]] std::int64_t Modified() const override { return 0; }
+
+  private:
+    const std::string content_;
+    std::size_t at_ = 0;
+};
+
+// More than the list of a delivery keeps in memory.
+constexpr int kMany = 1500;
+
+class DeliveryTest : public testing::Test {
+  protected:
+    static Stored Add(Delivery& delivery, const std::string& content) {
+        Bytes source(content);
+        return delivery.Add(source, "content");
+    }
+    static void AddMany(Delivery& delivery) {
+        for (int i = 0; i < kMany; ++i) {
+            Add(delivery, "content " + std::to_string(i));
+        }
+    }
+    static bool NothingIsUsed(const std::string& /*hash*/) { return false; }
+
+    Folder folder_;
+    const std::string directory_ = folder_.File("vault");
+    MeddlingLayer layer_;
+    Vault vault_{directory_, layer_};
+};
+
+TEST_F(DeliveryTest, ContentsAreInTheVaultOnceItIsCommitted) {
+    std::vector<Stored> stored;
+    {
+        Delivery delivery(vault_);
+        for (int i = 0; i < 20; ++i) {
+            stored.push_back(Add(delivery, i % 2 == 0 ? Deck(9000, i) : Noise(9000, i)));
+            EXPECT_FALSE(vault_.Holds(stored.back().hash));
+        }
+        delivery.Flush();
+        delivery.Commit();
+    }
+    for (const Stored& file : stored) {
+        EXPECT_TRUE(vault_.Holds(file.hash));
+        EXPECT_EQ(file.compressed, FileOf(vault_, file.hash).ends_with(".zst"));
+    }
+    EXPECT_EQ(CountFiles(directory_), 20U);
+    EXPECT_EQ(Problems(vault_), "");
+}
+
+TEST_F(DeliveryTest, OfMoreContentsThanItsListHoldsIsWhole) {
+    {
+        Delivery delivery(vault_);
+        AddMany(delivery);
+        delivery.Commit();
+    }
+    EXPECT_EQ(CountFiles(directory_), static_cast<std::size_t>(kMany));
+    EXPECT_EQ(Problems(vault_), "");
+}
+
+TEST_F(DeliveryTest, WithoutCommitNothingRemains) {
+    {
+        Delivery delivery(vault_);
+        AddMany(delivery);
+        Add(delivery, Noise(2 * kBlock));
+    }
+    EXPECT_EQ(CountFiles(directory_), 0U);
+}
+
+TEST_F(DeliveryTest, NothingRemainsWhereItsListCanNotBeWritten) {
+    int made = 0;
+    std::string list;
+    layer_.before = [&](const std::string& call, const std::string& path) {
+        // Behind the first content, for which a folder has to be made.
+        if (call == "Create" && ++made == 3) {
+            list = path;
+        } else if (call == "Write" && path == list) {
+            throw FileError(ENOSPC, "written", path);
+        }
+    };
+    {
+        Delivery delivery(vault_);
+        EXPECT_THAT(ErrorOf([&] { AddMany(delivery); }), HasSubstr("No space left"));
+        EXPECT_THAT(ErrorOf([&] { delivery.Commit(); }), HasSubstr("new delivery"));
+    }
+    EXPECT_EQ(CountFiles(directory_), 0U);
+}
+
+TEST_F(DeliveryTest, WhatTheVaultHasIsNotWrittenAgain) {
+    vault_.Add(folder_.Write("file", Deck(5000)));
+    Delivery delivery(vault_);
+    EXPECT_TRUE(Add(delivery, Deck(5000)).wasThere);
+    delivery.Commit();
+    EXPECT_EQ(CountFiles(directory_), 1U);
+}
+
+TEST_F(DeliveryTest, AFileThatBearsTheNameOfAContentWronglyIsReplaced) {
+    for (const std::string& content : {Deck(5000), Noise(5000)}) {
+        const Stored stored = vault_.Add(folder_.Write("file", content));
+        const std::string path = FileOf(vault_, stored.hash);
+        std::filesystem::remove(path);
+        // The other form of it, of a size that it can't have.
+        const std::string plain = path.substr(0, path.rfind('/') + 65);
+        std::ofstream(stored.compressed ? plain : plain + ".zst") << (stored.compressed ? "x" : "");
+        Delivery delivery(vault_);
+        EXPECT_FALSE(Add(delivery, content).wasThere);
+        delivery.Commit();
+        EXPECT_EQ(FileOf(vault_, stored.hash), path);
+        EXPECT_EQ(Problems(vault_), "");
+    }
+    EXPECT_EQ(CountFiles(directory_), 2U);
+}
+
+TEST_F(DeliveryTest, TakesBackWhatIsNotUsed) {
+    vault_.Add(folder_.Write("before", "was there"));
+    Delivery delivery(vault_);
+    AddMany(delivery);
+    const Stored used = Add(delivery, "used");
+    Add(delivery, "was there");
+    delivery.Commit();
+    delivery.TakeBack([&](const std::string& hash) { return hash == used.hash; });
+    EXPECT_TRUE(vault_.Holds(used.hash));
+    // That, what was there, and the list.
+    EXPECT_EQ(CountFiles(directory_), 3U);
+}
+
+TEST_F(DeliveryTest, LeavesWhatSomebodyHasAddedSince) {
+    Delivery delivery(vault_);
+    const Stored mine = Add(delivery, "mine");
+    const Stored shared = Add(delivery, "shared");
+    delivery.Commit();
+    Vault other(directory_);
+    EXPECT_TRUE(other.Add(folder_.Write("file", "shared")).wasThere);
+    delivery.TakeBack(NothingIsUsed);
+    EXPECT_FALSE(vault_.Holds(mine.hash));
+    EXPECT_TRUE(vault_.Holds(shared.hash));
+}
+
+TEST_F(DeliveryTest, TakesBackWhatHasItsNameWhereCommitFails) {
+    int renames = 0;
+    layer_.before = [&](const std::string& call, const std::string& path) {
+        if (call == "Rename" && ++renames > 900) {
+            throw FileError(EIO, "renamed", path);
+        }
+    };
+    {
+        Delivery delivery(vault_);
+        AddMany(delivery);
+        EXPECT_THAT(ErrorOf([&] { delivery.Commit(); }), HasSubstr("Input/output error"));
+        layer_.before = nullptr;
+        EXPECT_GT(CountFiles(directory_ + "/00"), 0U);
+        delivery.TakeBack(NothingIsUsed);
+    }
+    EXPECT_EQ(CountFiles(directory_), 0U);
+}
+
+// In a process of its own, whose peak begins low.
+TEST_F(DeliveryTest, MemoryDoesNotGrowWithTheNumberOfContents) {
+    EXPECT_EQ(InChild([&]() -> std::string {
+                  rusage before{};
+                  rusage after{};
+                  Delivery delivery(vault_);
+                  AddMany(delivery);
+                  getrusage(RUSAGE_SELF, &before);
+                  for (int i = 0; i < 6'000; ++i) {
+                      Add(delivery, "further content " + std::to_string(i));
+                  }
+                  getrusage(RUSAGE_SELF, &after);
+                  const long growth = after.ru_maxrss - before.ru_maxrss;
+                  return growth < 1024 ? "little" : std::to_string(growth) + " KiB";
+              }),
+              "little");
+}
+
+}  // namespace
+}  // namespace kxudm::vault
