@@ -56,9 +56,12 @@ void RequireBranchable(const EntityState& origin, int newest, bool takenForNewes
     }
 }
 
-void Branch(Session& session, Operation& operation, const EntityState& origin) {
+void Branch(Session& session,
+            Operation& operation,
+            const EntityState& origin,
+            const kxString& comment) {
     const kxString uid = core::ProcessUidGenerator().Next();
-    operation.Store().Branch(origin.Id(), origin.Revision(), uid, operation.Stamp());
+    operation.Store().Branch(origin.Id(), origin.Revision(), uid, comment, operation.Stamp());
     AlignBranch(session, operation.Store(), uid);
     RecordPlacesOfBranch(session, operation, session.Get(uid));
     session.TouchLinks();
@@ -167,7 +170,7 @@ void Profile::Checkout(const UDMItemHandle& handle, const kxString& comment) {
     const int newest = NewestRow(*_session, *state).published;
     if (state->Revision() < newest) {
         RequireBranchable(*state, newest, takenForNewest);
-        Branch(*_session, operation, *state);
+        Branch(*_session, operation, *state, comment);
     } else {
         CheckOutNewest(*_session, operation, state, comment);
     }

@@ -235,6 +235,7 @@ int LibraryStore::Undo(EntityId id, const Stamp& stamp) {
 EntityId LibraryStore::Branch(EntityId origin,
                               int revision,
                               std::string_view uid,
+                              std::string_view comment,
                               const Stamp& stamp) {
     sql::Transaction transaction(*connection_);
     const Lock lock = LockOf(*connection_, origin);
@@ -256,6 +257,9 @@ EntityId LibraryStore::Branch(EntityId origin,
         Run(*connection_, *named, id, origin, revision);
     }
     Run(*connection_, statements::BRANCH_VAULT, id, origin);
+    if (!comment.empty()) {
+        Run(*connection_, statements::SET_COMMENT, RevisionId(id, 0), comment);
+    }
     transaction.Commit();
     return id;
 }

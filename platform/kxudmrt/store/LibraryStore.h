@@ -167,7 +167,11 @@ class LibraryStore {
     int Undo(EntityId id, const Stamp& stamp);
     // A new entity at revision 0 with attributes, files, places, references and shared children of
     // a published revision; what that owns by composition stays with it.
-    EntityId Branch(EntityId origin, int revision, std::string_view uid, const Stamp& stamp);
+    EntityId Branch(EntityId origin,
+                    int revision,
+                    std::string_view uid,
+                    std::string_view comment,
+                    const Stamp& stamp);
     // Branches of any revision, in the order of creation; `out` is appended to.
     void Branches(std::string_view originUid, const Viewer& viewer, std::vector<BranchRow>& out);
     // In which places publishing or undoing the working revision makes a difference.

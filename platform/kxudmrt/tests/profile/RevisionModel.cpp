@@ -237,7 +237,7 @@ bool RevisionModel::CheckOut(
     }
     Entity& e = _entities[entity];
     if (!e.published.empty() && number < e.published.rbegin()->first) {
-        branch = Branch(user, entity, number);
+        branch = Branch(user, entity, number, comment);
         return true;
     }
     if (e.working) {
@@ -251,9 +251,9 @@ bool RevisionModel::CheckOut(
     return true;
 }
 
-int RevisionModel::Branch(int user, int entity, int number) {
+int RevisionModel::Branch(int user, int entity, int number, const std::string& comment) {
     Revision revision = At(entity).published.at(number);
-    revision.comment.clear();
+    revision.comment = comment;
     revision.relations.clear();
     std::erase_if(revision.links, [&](const Link& link) {
         bool owned = link.group == KITS;

@@ -106,7 +106,7 @@ class RevisionModel {
     [[nodiscard]] bool WouldBeOwnedTwice(int user, int entity) const;
     [[nodiscard]] bool WasOwnedAnew(int entity) const;
     void CollectOwned(int entity, std::set<int>& out) const;
-    int Branch(int user, int entity, int number);
+    int Branch(int user, int entity, int number, const std::string& comment);
     // What stays on a revision that gets a new number, or goes.
     void MoveExact(int entity, int from, int to);
     void DropExact(int entity, int number);

@@ -274,6 +274,7 @@ TEST_F(Revisions, S10_CheckingOutAnOlderRevisionBranchesIt) {
     EXPECT_EQ(branch.GetDisplayName(), "Wheel");
     EXPECT_EQ(branch.GetAttributeValue("mass"), kxVariant(3.0));
     EXPECT_EQ(branch.GetAttributeValue("smd_branchfrom"), kxVariant(Base(part)));
+    EXPECT_EQ(branch.GetAttributeValue("smd_comment"), kxVariant("another way"));
     EXPECT_EQ(branch.GetAttributeValue("smd_createduser"), kxVariant("bob"));
     EXPECT_EQ(branch.GetAttributeValue("smd_folder"), kxVariant("/F"));
     EXPECT_THAT(Parents(bob, branch, "category"), ElementsAre("Metals"));

@@ -199,10 +199,10 @@ TEST_F(LibraryFiles, ABranchBeginsWithThoseOfItsRevision) {
     Replace(id, 2, "a", "2");
     Remove(id, 2, "b");
     // Also while the files of the newest revision are about to end.
-    const EntityId early = store_->Branch(id, 1, "B1", BY_ANN);
+    const EntityId early = store_->Branch(id, 1, "B1", "", BY_ANN);
     EXPECT_THAT(Files(early, 0), ElementsAre("a 1", "b 1"));
     Publish(id);
-    const EntityId late = store_->Branch(id, 1, "B2", BY_ANN);
+    const EntityId late = store_->Branch(id, 1, "B2", "", BY_ANN);
     EXPECT_THAT(Files(late, 0), ElementsAre("a 1", "b 1"));
     Replace(late, 0, "a", "4");
     EXPECT_THAT(Files(id, 1), ElementsAre("a 1", "b 1"));

@@ -368,7 +368,7 @@ TEST_F(LibraryRevisions, ABranchIsANewEntityWithWhatTheRevisionHad) {
     Unlink(folder, id, LinkKind::Folder, 2);
     store_->Publish(id, "", false, BY_ANN);
 
-    const EntityId branch = store_->Branch(id, 1, "B", BY_BOB);
+    const EntityId branch = store_->Branch(id, 1, "B", "another way", BY_BOB);
     const EntityRow row = Row(branch, BOB);
     EXPECT_EQ(row.uid, "B");
     EXPECT_EQ(row.revision, 0);
@@ -385,6 +385,7 @@ TEST_F(LibraryRevisions, ABranchIsANewEntityWithWhatTheRevisionHad) {
     EXPECT_THAT(Files(branch), ElementsAre("deck 0 open"));
     EntityDetails details;
     ASSERT_TRUE(store_->Details(branch, 0, details));
+    EXPECT_EQ(details.comment, "another way");
     EXPECT_EQ(details.branchUid, "P");
     EXPECT_EQ(details.branchRevision, 1);
     EXPECT_EQ(details.vault, "big");
@@ -404,13 +405,13 @@ TEST_F(LibraryRevisions, ABranchTakesNoChildThatHasFoundItsOneOwner) {
     const EntityId owner = Working("O");
     Own(owner, child);
     store_->Delete(gone, BY_ANN);
-    const EntityId branch = store_->Branch(id, 1, "B", BY_BOB);
+    const EntityId branch = store_->Branch(id, 1, "B", "", BY_BOB);
     EXPECT_THAT(ChildrenOf(branch, LinkKind::Owner, {}, 0, BOB), IsEmpty());
     EXPECT_THAT(ChildrenOf(branch, LinkKind::Reference, {}, 0, BOB), ElementsAre("C"));
     EXPECT_EQ(Ask("SELECT count(*) FROM link WHERE first = " + std::to_string(branch)), "1");
     // An owner that is deleted owns nothing any more.
     store_->Connection().Execute("UPDATE entity SET deleted = 9 WHERE uid = 'O'");
-    const EntityId next = store_->Branch(id, 1, "B2", BY_BOB);
+    const EntityId next = store_->Branch(id, 1, "B2", "", BY_BOB);
     EXPECT_THAT(ChildrenOf(next, LinkKind::Owner, {}, 0, BOB), ElementsAre("C"));
 }
 
@@ -418,8 +419,8 @@ TEST_F(LibraryRevisions, BranchesAreListedInTheOrderOfTheirCreationToWhomSeesThe
     const EntityId id = Published("P");
     store_->CheckOut(id, "", BY_ANN);
     store_->Publish(id, "", false, BY_ANN);
-    const EntityId second = store_->Branch(id, 1, "B2", BY_BOB);
-    store_->Branch(id, 2, "B1", {ANN, BY_BOB.time + 1});
+    const EntityId second = store_->Branch(id, 1, "B2", "", BY_BOB);
+    store_->Branch(id, 2, "B1", "", {ANN, BY_BOB.time + 1});
     std::vector<BranchRow> branches;
     store_->Branches("P", BOB, branches);
     ASSERT_EQ(branches.size(), 1u);
@@ -437,8 +438,9 @@ TEST_F(LibraryRevisions, BranchesAreListedInTheOrderOfTheirCreationToWhomSeesThe
 
 TEST_F(LibraryRevisions, OnlyAPublishedRevisionCanBeBranched) {
     const EntityId id = Working("P");
-    EXPECT_THAT(Refusal([&] { store_->Branch(id, 0, "B", BY_ANN); }), HasSubstr("no published"));
-    EXPECT_THAT(Refusal([&] { store_->Branch(id, 7, "B", BY_ANN); }), HasSubstr("revision 7"));
+    EXPECT_THAT(Refusal([&] { store_->Branch(id, 0, "B", "", BY_ANN); }),
+                HasSubstr("no published"));
+    EXPECT_THAT(Refusal([&] { store_->Branch(id, 7, "B", "", BY_ANN); }), HasSubstr("revision 7"));
     EXPECT_EQ(Ask("SELECT count(*) FROM entity"), "1");
 }
 
