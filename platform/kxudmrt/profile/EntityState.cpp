@@ -158,10 +158,23 @@ const EntityState& EntityState::Current() const {
         ReadAgain();
     }
     if (_freshness == Freshness::Gone) {
-        throw UDMNotFoundException("The entity " + _uid +
-                                   " is deleted or not visible any more; use one that is there");
+        ThrowGone();
     }
     return *this;
+}
+
+// Whether the entity is gone or this revision of it, as 0 is after the first publish.
+void EntityState::ThrowGone() const {
+    store::EntityRow row;
+    const bool isOpen = _link->session != nullptr && _link->session->IsOpen();
+    if (isOpen && _link->session->Store().FindByUid(BaseUid(), _link->session->Viewer(), row) &&
+        row.revision != _revision) {
+        throw UDMNotFoundException("The revision " + _uid + " is there no more: the entity " +
+                                   "stands at revision " + std::to_string(row.revision) +
+                                   "; use that one");
+    }
+    throw UDMNotFoundException("The entity " + _uid +
+                               " is deleted or not visible any more; use one that is there");
 }
 
 const EntityState& EntityState::Complete() const {

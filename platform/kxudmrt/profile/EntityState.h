@@ -118,6 +118,7 @@ class EntityState final : public spi::ItemState,
     void LeaveListings() noexcept;
     [[nodiscard]] Session& OpenSession() const;
     void ReadAgain() const;
+    [[noreturn]] void ThrowGone() const;
     // Like Current, with the attributes there.
     const EntityState& Complete() const;
     const kxString* UserText(std::string_view user);

@@ -10,6 +10,7 @@
 #include "core/UidGenerator.h"
 #include "profile/Bulk.h"
 #include "profile/Peers.h"
+#include "profile/Words.h"
 
 namespace kxudm::profile {
 
@@ -42,7 +43,7 @@ std::string BaseDirectoryOf(const SessionOptions& options) {
 
 kxString HolderText(const store::EntityRow& row) {
     return kxString(row.lockUser + " has it checked out in workspace \"" + row.lockWorkspace +
-                    "\" since " + core::FormatTime(row.lockTime));
+                    "\" since " + WholeSeconds(row.lockTime));
 }
 
 Session::Session(std::unique_ptr<store::LibraryStore> store, SessionOptions options)

@@ -120,6 +120,20 @@ TEST_F(Revisions, S5_EditsOfTheWorkingRevisionAreSeenInItsWorkspaceAlone) {
     EXPECT_EQ(annTwo.GetAttributeValue("count"), kxVariant(4));
 }
 
+TEST_F(Revisions, AHandleOfARevisionThatIsNoMoreNamesTheOneThatStands) {
+    ann->PersistEntity(part, "", false, true, true);
+    EXPECT_THAT(Refusal<UDMNotFoundException>([&] { ann->Checkout(part, ""); }),
+                AllOf(HasSubstr("revision " + At(part, 0) + " is there no more"),
+                      HasSubstr("stands at revision 1; use that")));
+    const UDMItemHandle two = CheckOut(ann, ann->GetEntity(Base(part)));
+    ann->UndoCheckout(two);
+    EXPECT_THAT(Refusal<UDMNotFoundException>([&] { ann->SetAttributeValue(two, "mass", 1.0); }),
+                HasSubstr("stands at revision 1; use that"));
+    ann->DeleteEntity(ann->GetEntity(Base(part)), true, false);
+    EXPECT_THAT(Refusal<UDMNotFoundException>([&] { ann->Checkout(two, ""); }),
+                HasSubstr("is deleted or not visible any more"));
+}
+
 TEST_F(Revisions, S5_ALockedEntityNamesItsHolderWorkspaceAndTime) {
     CheckOut(ann, Publish(ann, part));
     for (const ProfilePtr& other : {bob, annAtHome}) {
@@ -129,7 +143,8 @@ TEST_F(Revisions, S5_ALockedEntityNamesItsHolderWorkspaceAndTime) {
                                  " undone there first"));
         const UDMItemHandle seen = other->GetEntity(Base(part));
         EXPECT_THAT(Refusal([&] { other->SetAttributeValue(seen, "mass", 1.0); }),
-                    HasSubstr("can't be edited: ann has it checked out in workspace \"desk\""));
+                    MatchesRegex(".*can't be edited: ann has it checked out in workspace \"desk\" "
+                                 "since 20..-..-..T..:..:..Z; it must be published or undone"));
         EXPECT_THAT(
             Refusal<UDMNotFoundException>([&] { other->GetWorkingHandle(seen); }),
             HasSubstr("no working revision in workspace \"" +
