@@ -38,6 +38,16 @@ std::optional<fs::path> BelowBase(const fs::path& path, const fs::path& base) {
     }
 }
 
+// Whether it is a directory, or can become one.
+bool CanBeDirectory(const fs::path& path) {
+    std::error_code error;
+    fs::path there = path;
+    while (!fs::exists(there, error) && there.has_relative_path()) {
+        there = there.parent_path();
+    }
+    return fs::is_directory(there, error);
+}
+
 void CheckDirectory(const std::string& directory) {
     for (const fs::path& part : fs::path(directory)) {
         vault::CheckDocumentName(part.string());
@@ -113,6 +123,11 @@ std::string LibraryVaults::DirectoryOf(const std::string& path) const {
         return {};
     }
     CheckDirectory(below->string());
+    if (!CanBeDirectory(_baseDirectory / *below)) {
+        throw UDMException("'" + vault::Printable(below->string()) +
+                           "' can't be a vault, for a file lies there; name another directory "
+                           "below the library's base directory");
+    }
     return below->string();
 }
 

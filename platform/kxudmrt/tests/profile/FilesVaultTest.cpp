@@ -88,6 +88,14 @@ TEST_F(FilesInVaults, AVaultMustLieBelowTheBaseDirectory) {
     EXPECT_THAT(PathOf(part, 0), StartsWith(Base("vault/")));
 }
 
+TEST_F(FilesInVaults, AVaultCannotBeWhereAFileLies) {
+    const UDMItemHandle part = Part();
+    for (const std::string& directory : {library.File(), library.File() + "/inside"}) {
+        EXPECT_THAT(Refusal([&] { ann->SetVault(part, directory); }),
+                    HasSubstr("can't be a vault, for a file lies there"));
+    }
+}
+
 TEST_F(FilesInVaults, TheBaseDirectoryMayBeNamedThroughLinks) {
     const UDMItemHandle part = Part();
     fs::create_directory_symlink(library.BaseDirectory(), sources.File("link"));
