@@ -81,6 +81,19 @@ constexpr std::array OPTIONS{
                options.strict = Truth("strict", value);
            }}};
 
+// "\ " at the end stands for a blank.
+std::string_view Trimmed(std::string_view glob) {
+    const auto isBlank = [](char letter) { return letter == ' ' || letter == '\t'; };
+    while (!glob.empty() && isBlank(glob.front())) {
+        glob.remove_prefix(1);
+    }
+    while (!glob.empty() && isBlank(glob.back()) &&
+           !(glob.size() > 1 && glob[glob.size() - 2] == '\\')) {
+        glob.remove_suffix(1);
+    }
+    return glob;
+}
+
 [[noreturn]] void ThrowUnknown(const kxString& name) {
     std::string known;
     for (const Option& option : OPTIONS) {
@@ -95,8 +108,9 @@ constexpr std::array OPTIONS{
 GlobList::GlobList(std::string_view text) {
     while (!text.empty()) {
         const std::size_t end = std::min(text.find(';'), text.size());
-        if (end > 0) {
-            _globs.emplace_back(text.substr(0, end));
+        const std::string_view glob = Trimmed(text.substr(0, end));
+        if (!glob.empty()) {
+            _globs.emplace_back(glob);
         }
         text.remove_prefix(std::min(end + 1, text.size()));
     }

@@ -24,8 +24,9 @@
 namespace kxudm::profile {
 
 // Globs as fnmatch has them ("*", "?", "[...]", "\" before a character that stands for itself),
-// separated by ";". One without "/" is compared with the name alone; one with "/" with the path
-// below the imported folder, part by part: "*" and "?" don't match a "/".
+// separated by ";"; blanks around one don't count. One without "/" is compared with the name alone;
+// one with "/" with the path below the imported folder, part by part: "*" and "?" don't match a
+// "/".
 class GlobList {
   public:
     GlobList() = default;

@@ -248,6 +248,16 @@ TEST(GlobList, I3_MatchesNothingIfItIsEmpty) {
     EXPECT_FALSE(profile::GlobList("\\*").Matches("a"));
 }
 
+TEST(GlobList, I3_BlanksAroundAGlobDoNotCount) {
+    const profile::GlobList globs(" *.inp ; a b.txt;\t;c\\ ");
+    EXPECT_TRUE(globs.Matches("x.inp"));
+    EXPECT_TRUE(globs.Matches("a b.txt"));
+    EXPECT_TRUE(globs.Matches("c "));
+    EXPECT_FALSE(globs.Matches("c"));
+    EXPECT_FALSE(globs.Matches("\t"));
+    EXPECT_TRUE(profile::GlobList(" ").Empty());
+}
+
 // --- What is there already ---
 
 TEST_F(BulkImport, I8_AddsNothingWhereTheSameTreeIsImportedAgain) {
