@@ -301,10 +301,20 @@ bool EntityState::ComputedValue(std::string_view name, kxVariant& value) const {
     } else if (name == "smd_folder") {
         const kxString path = OpenSession().FolderPathOf(*this);
         value = path.empty() ? kxVariant() : kxVariant(path);
+    } else if (name == "smd_filehash") {
+        value = FileHash();
     } else {
         return DetailValue(name, value);
     }
     return true;
+}
+
+// The one file that is kept in the library; of several nobody could say which is meant.
+kxVariant EntityState::FileHash() const {
+    std::vector<store::FileRow> files;
+    OpenSession().Store().Files(Id(), _revision, files);
+    const bool has = files.size() == 1 && !files.front().IsExternal();
+    return has ? kxVariant(kxString(files.front().hash)) : kxVariant();
 }
 
 bool EntityState::DetailValue(std::string_view name, kxVariant& value) const {

@@ -124,6 +124,7 @@ class EntityState final : public spi::ItemState,
     const kxString* UserText(std::string_view user);
     bool StoredValue(std::string_view name, kxVariant& value) const;
     bool ComputedValue(std::string_view name, kxVariant& value) const;
+    [[nodiscard]] kxVariant FileHash() const;
     bool DetailValue(std::string_view name, kxVariant& value) const;
 
     // First, beside what makes it a state: nearly all that is asked of many states at once.

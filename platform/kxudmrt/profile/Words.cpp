@@ -8,7 +8,7 @@
 namespace kxudm::profile {
 
 bool IsComputed(std::string_view attribute) {
-    constexpr std::array<std::string_view, 15> computed{NAME,
+    constexpr std::array<std::string_view, 16> computed{NAME,
                                                         DISPLAY_NAME,
                                                         "smd_contentrevision",
                                                         "smd_createduser",
@@ -20,6 +20,7 @@ bool IsComputed(std::string_view attribute) {
                                                         "smd_ctypedn",
                                                         "smd_folder",
                                                         "smd_comment",
+                                                        "smd_filehash",
                                                         "smd_branchfrom",
                                                         "smd_branchfromver",
                                                         "smd_branchedtime"};

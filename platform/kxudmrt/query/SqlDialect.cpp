@@ -23,7 +23,13 @@ constexpr const char* FOLDER_PATH =
     " THEN f.working ELSE f.published END IS NOT NULL)"
     " SELECT path FROM up ORDER BY depth DESC LIMIT 1)";
 
-constexpr std::array<Computed, 11> COMPUTED{{
+// The hash of the one file that the revision seen has in the library.
+constexpr const char* FILE_HASH =
+    "(SELECT CASE WHEN count(*) = 1 THEN max(f.hash) END FROM file f WHERE f.entity = e.id"
+    " AND f.to_rev > (r.id & 16777215) AND f.from_rev <= (r.id & 16777215)"
+    " AND (f.ending IS NULL OR f.ending > (r.id & 16777215)))";
+
+constexpr std::array<Computed, 12> COMPUTED{{
     {"name", "e.name"},
     {"smd_contentrevision", REVISION, true},
     {"smd_createduser", "e.created_user"},
@@ -32,6 +38,7 @@ constexpr std::array<Computed, 11> COMPUTED{{
     {"smd_ctime", KXUDM_SECONDS("r.modified_time")},
     {"smd_comment", "nullif(r.comment, '')"},
     {"smd_folder", FOLDER_PATH, false, true},
+    {"smd_filehash", FILE_HASH, false, true},
     {"smd_branchfrom", "e.branch_uid"},
     {"smd_branchfromver", "e.branch_revision", true},
     {"smd_branchedtime",
