@@ -3,11 +3,13 @@
 #include <cerrno>
 #include <filesystem>
 #include <limits>
+#include <optional>
 #include <utility>
 
 #include "profile/FileIntake.h"
 #include "profile/FileRetrieval.h"
 #include "profile/Profile.h"
+#include "profile/Words.h"
 #include "vault/DocumentName.h"
 #include "vault/SourceFile.h"
 
@@ -19,6 +21,8 @@ using Durability = sql::Transaction::Durability;
 using vault::Printable;
 
 constexpr const char* FILE_TYPE = "filetype";
+constexpr const char* FILE_SIZE = "filesize";
+constexpr const char* FILE_MODIFIED = "filelastmodified";
 
 kxString TypeOf(const EntityState& state, const store::FileRow& file) {
     std::string extension = std::filesystem::path(file.name).extension().string();
@@ -114,6 +118,47 @@ void RemoveSource(vault::FileLayer& files, const std::string& path, const store:
     }
 }
 
+// An import tells of a content's file in attributes. Where they tell of `before`, they are to tell
+// of `after`, or of nothing if that is null. Empty if there are none.
+store::AttributeList ToldAnew(const EntityState& state,
+                              const store::FileRow& before,
+                              const store::FileRow* after) {
+    store::AttributeList values;
+    const auto follow = [&](const char* name, auto&& told) {
+        const kxString key(name);
+        const catalogue::AttributeDefinition* const attribute =
+            state.Definition()->FindAttribute(key);
+        if (attribute == nullptr || attribute->system) {
+            return;
+        }
+        const auto checked = [&](const store::FileRow& file) {
+            return state.Definition()->CheckedValue(key, told(file));
+        };
+        const kxVariant value = after == nullptr ? kxVariant() : checked(*after);
+        if (state.AttributeValue(key) == checked(before) && value != checked(before)) {
+            values.emplace_back(key, value);
+        }
+    };
+    follow(FILE_SIZE,
+           [](const store::FileRow& file) { return kxVariant(static_cast<long long>(file.size)); });
+    follow(FILE_MODIFIED,
+           [](const store::FileRow& file) { return kxVariant(WholeSeconds(file.modified)); });
+    return values;
+}
+
+// The new packed attributes, if anything is told anew.
+std::optional<std::string> TellAnew(Operation& operation,
+                                    const EntityState& state,
+                                    const store::FileRow& before,
+                                    const store::FileRow* after) {
+    const store::AttributeList values = ToldAnew(state, before, after);
+    if (values.empty()) {
+        return std::nullopt;
+    }
+    return operation.Store().UpdateAttributes(
+        state.Id(), state.Revision(), values, operation.Stamp());
+}
+
 bool IsSameDocument(const store::FileRow& a, const store::FileRow& b) {
     return a.hash == b.hash && a.size == b.size && a.modified == b.modified &&
            a.externalPath == b.externalPath && a.vault == b.vault;
@@ -160,9 +205,11 @@ void Profile::ReAddFile(const UDMItemHandle& handle,
     Operation operation(*_session, "ReAddFile", move ? Durability::Full : Durability::Normal);
     state = _session->Resolve(handle);
     _session->RequireEditable(*state);
-    const bool same = IsSameDocument(RequireDocument(*_session, *state, name), file);
-    if (!same) {
+    const store::FileRow before = RequireDocument(*_session, *state, name);
+    std::optional<std::string> packed;
+    if (!IsSameDocument(before, file)) {
         operation.Store().ReplaceFile(state->Id(), state->Revision(), file, operation.Stamp());
+        packed = TellAnew(operation, *state, before, &file);
         operation.NoteStamped(state);
         operation.Record(Change::Of(SIGNAL_CONTENT_CHANGED, state).Private(state->IsPrivate()));
     }
@@ -172,6 +219,9 @@ void Profile::ReAddFile(const UDMItemHandle& handle,
                                file] { RemoveSource(files, path, file); });
     }
     operation.Commit();
+    if (packed) {
+        state->TakePacked(*packed, operation.Stamp());
+    }
     operation.Tell();
 }
 
@@ -179,12 +229,16 @@ void Profile::RemoveFile(const UDMItemHandle& handle, const kxString& name) {
     Operation operation(*_session, "RemoveFile");
     const Session::State state = _session->Resolve(handle);
     _session->RequireEditable(*state);
-    static_cast<void>(RequireDocument(*_session, *state, name));
+    const store::FileRow before = RequireDocument(*_session, *state, name);
     static_cast<void>(
         operation.Store().RemoveFile(state->Id(), state->Revision(), name, operation.Stamp()));
+    const std::optional<std::string> packed = TellAnew(operation, *state, before, nullptr);
     operation.NoteStamped(state);
     operation.Record(Change::Of(SIGNAL_CONTENT_CHANGED, state).Private(state->IsPrivate()));
     operation.Commit();
+    if (packed) {
+        state->TakePacked(*packed, operation.Stamp());
+    }
     operation.Tell();
 }
 

@@ -71,5 +71,67 @@ TEST_F(FileHash, IsThatOfEachRevisionForThoseWhoSeeIt) {
     EXPECT_THAT(With(bob, OF_ABC), IsEmpty());
 }
 
+class ImportedFile : public ImportFixture {
+  protected:
+    ImportedFile() {
+        Write("tree/a.bin", "abc");
+        Import({{"publish", "true"}});
+        content = CheckOut(ann, Find(ann, "/tree", "a.bin"));
+    }
+    static kxVariant Size(const UDMItemHandle& handle) {
+        return handle.GetAttributeValue("filesize");
+    }
+    static kxVariant Modified(const UDMItemHandle& handle) {
+        return handle.GetAttributeValue("filelastmodified");
+    }
+    // Another file of the name, of another day.
+    std::string Changed() {
+        std::string path = Write("tree/a.bin", "abcdef");
+        std::filesystem::last_write_time(
+            path, std::filesystem::last_write_time(path) + std::chrono::hours(24));
+        return path;
+    }
+    UDMItemHandle content;
+};
+
+TEST_F(ImportedFile, F16_IsToldAnewOnceItIsReplaced) {
+    const kxVariant before = Modified(content);
+    const auto told = Listen(ann);
+    ann->ReAddFile(content, Changed(), false, false);
+    EXPECT_EQ(told->Take(), Names{"3 a.bin"});
+    EXPECT_EQ(Size(content), kxVariant(6LL));
+    EXPECT_NE(Modified(content), before);
+    EXPECT_EQ(Size(Open("ann")->GetEntity(content.GetUID())), kxVariant(6LL));
+    EXPECT_EQ(Size(ann->GetEntity(At(content, 1))), kxVariant(3LL));
+    ann->UndoCheckout(content);
+    EXPECT_EQ(Size(Newest(ann, content)), kxVariant(3LL));
+    EXPECT_EQ(Modified(Newest(ann, content)), before);
+}
+
+TEST_F(ImportedFile, F16_IsToldAsBeforeWhereABulkEditIsTakenBack) {
+    {
+        UDMBulkEdit edit(ann);
+        ann->ReAddFile(content, Changed(), false, false);
+        EXPECT_EQ(Size(content), kxVariant(6LL));
+    }
+    EXPECT_EQ(Size(content), kxVariant(3LL));
+}
+
+TEST_F(ImportedFile, F16_IsToldNoMoreOnceItIsRemoved) {
+    ann->RemoveFile(content, "a.bin");
+    EXPECT_TRUE(Size(content).IsEmpty());
+    EXPECT_TRUE(Modified(content).IsEmpty());
+}
+
+TEST_F(ImportedFile, F16_WhatSomebodyElseHasSetStays) {
+    ann->SetAttributeValue(content, "filesize", 4711);
+    ann->ReAddFile(content, Changed(), false, false);
+    EXPECT_EQ(Size(content), kxVariant(4711LL));
+    Write("b.bin", "xyz");
+    ann->BeginAddFile(content).setFilePath(Path("b.bin")).go();
+    ann->RemoveFile(content, "b.bin");
+    EXPECT_EQ(Size(content), kxVariant(4711LL));
+}
+
 }  // namespace
 }  // namespace kxudm::test
