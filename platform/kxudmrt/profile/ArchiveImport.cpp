@@ -119,7 +119,8 @@ ArchiveImport::ArchiveImport(Session& session, const kxString& path, UDMImportRe
       _report(report),
       _progress(session.ProgressListener(), "The import of '" + vault::Printable(path) + "'"),
       _block(std::make_unique_for_overwrite<char[]>(kBlock)),
-      _contents(session.Store(), _path) {}
+      _contents(session.Store(), _path),
+      _folders(session.Store()) {}
 
 ArchiveImport::~ArchiveImport() = default;
 

@@ -3,7 +3,7 @@
 //
 // Layer: profile. Until that transaction the library isn't touched and other sessions can write.
 // The document is put aside while it is read for the first time, so that the archive is read once.
-// Memory grows with the number of folders, by some hundred bytes each.
+// Memory grows with what is told afterwards: the new revisions of what the library had before.
 #pragma once
 
 #include <optional>

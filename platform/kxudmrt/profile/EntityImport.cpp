@@ -133,7 +133,8 @@ store::AttributeList EntityImport::Shown(const EntityRecord& entity) const {
 
 void EntityImport::Take(EntityRecord&& entity) {
     Result result;
-    if (const ImportedFolders::Target* same = _folders.Find(entity.uid)) {
+    const bool isFolder = _catalogue.Get(entity.definition).Type() == FOLDER_TYPE;
+    if (const auto same = isFolder ? _folders.Find(entity.uid) : std::nullopt) {
         result.arrival.origin = result.arrival.id = same->id;
         result.told.outcome = UDMImportOutcome::SamePlace;
         result.told.target = kxString(same->uid);

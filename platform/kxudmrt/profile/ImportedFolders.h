@@ -1,12 +1,12 @@
 // Which folders of an archive are in the library already under another UID: a path names one
 // folder.
 //
-// Layer: profile. Grows with the number of folders in the archive.
+// Layer: profile. They stand in a temporary table of the library's connection, so that memory
+// doesn't grow with their number.
 #pragma once
 
-#include <map>
+#include <optional>
 #include <string>
-#include <unordered_map>
 #include <utility>
 #include <vector>
 
@@ -17,6 +17,9 @@ namespace kxudm::profile {
 
 class ImportedFolders {
   public:
+    // The store outlives this.
+    explicit ImportedFolders(store::LibraryStore& store) : _store(store) {}
+
     // While the document is read for the first time.
     void Note(const exchange::EntityRecord& folder);
     void NoteLink(const std::string& first, const exchange::LinkRecord& link);
@@ -28,12 +31,14 @@ class ImportedFolders {
         store::EntityId id = 0;
         std::string uid = {};
     };
-    // The folder of the library that stands for one of the archive; null if it comes itself.
-    [[nodiscard]] const Target* Find(const std::string& uid) const;
+    // The folder of the library that stands for one of the archive; none if it comes itself.
+    [[nodiscard]] std::optional<Target> Find(const std::string& uid) const;
 
   private:
-    enum class Progress { Open, UnderWay, Done };
+    enum class Progress : int { Open, UnderWay, Done };
+    // A row of the table.
     struct Folder {
+        std::int64_t number = 0;
         std::string uid = {};
         std::string name = {};
         std::string parent = {};  // UID; empty: none
@@ -42,13 +47,18 @@ class ImportedFolders {
         bool isRefused = false;  // it neither comes nor is there
     };
 
-    void Resolve(Session& session, std::size_t index);
+    void Write();
+    static void Read(sql::Statement& find, Folder& folder);
+    bool FindBehind(std::int64_t number, Folder& folder);
+    bool FindOfUid(const std::string& uid, Folder& folder);
+    void Resolve(Session& session, Folder folder);
     void ResolveIn(Session& session, Folder& folder);
+    void NoteComing(const Folder& folder, const std::string& place);
 
-    std::vector<Folder> _folders;
-    std::unordered_map<std::string, std::size_t> _byUid;
-    std::unordered_map<std::string, Target> _targets;
-    std::map<std::pair<std::string, std::string>, std::string> _coming;  // place, name -> UID
+    store::LibraryStore& _store;
+    // Of folders and names, and of contents and the UIDs of their folders: not in the table yet.
+    std::vector<std::pair<std::string, std::string>> _unwritten;
+    std::vector<std::pair<std::string, std::string>> _unwrittenLinks;
 };
 
 }  // namespace kxudm::profile

@@ -36,9 +36,27 @@ CREATE TEMP TABLE IF NOT EXISTS exchange_arrived (
   newest INTEGER NOT NULL,
   diverged INTEGER NOT NULL
 ) WITHOUT ROWID;
+CREATE TEMP TABLE IF NOT EXISTS exchange_folder (
+  number INTEGER PRIMARY KEY,
+  uid TEXT NOT NULL UNIQUE,
+  name TEXT NOT NULL,
+  parent TEXT,
+  progress INTEGER NOT NULL DEFAULT 0,
+  id INTEGER NOT NULL DEFAULT 0,
+  refused INTEGER NOT NULL DEFAULT 0,
+  same TEXT
+);
+CREATE TEMP TABLE IF NOT EXISTS exchange_coming (
+  place TEXT NOT NULL,
+  name TEXT NOT NULL,
+  uid TEXT NOT NULL,
+  PRIMARY KEY (place, name)
+) WITHOUT ROWID;
 DELETE FROM exchange_selected;
 DELETE FROM exchange_content;
 DELETE FROM exchange_arrived;
+DELETE FROM exchange_folder;
+DELETE FROM exchange_coming;
 )sql";
 
 // --- What is exported ---
@@ -161,6 +179,32 @@ inline constexpr NamedStatement ARRIVED{
     "arrival",
     "SELECT origin, id, mode, known, first, newest, diverged FROM exchange_arrived"
     " WHERE uid = ?1"};
+
+// --- Import: folders of the archive, and where they come to lie ---
+
+inline constexpr NamedStatement NOTE_FOLDER{
+    "note folder", "INSERT OR IGNORE INTO exchange_folder(uid, name) VALUES (?1, ?2)"};
+inline constexpr NamedStatement NOTE_FOLDER_ABOVE{
+    "note folder above", "UPDATE exchange_folder SET parent = ?2 WHERE uid = ?1"};
+inline constexpr NamedStatement FOLDER_BEHIND{
+    "folder behind",
+    "SELECT number, uid, name, parent, progress, id, refused FROM exchange_folder"
+    " WHERE number > ?1 ORDER BY number LIMIT 1"};
+inline constexpr NamedStatement FOLDER_OF_UID{
+    "folder of a UID",
+    "SELECT number, uid, name, parent, progress, id, refused FROM exchange_folder WHERE uid = ?1"};
+inline constexpr NamedStatement FOLDER_BEGUN{
+    "folder begun", "UPDATE exchange_folder SET progress = 1 WHERE number = ?1"};
+inline constexpr NamedStatement FOLDER_RESOLVED{
+    "folder resolved",
+    "UPDATE exchange_folder SET progress = 2, id = ?2, refused = ?3, same = ?4 WHERE number = ?1"};
+inline constexpr NamedStatement NOTE_COMING{
+    "note coming folder",
+    "INSERT OR IGNORE INTO exchange_coming(place, name, uid) VALUES (?1, ?2, ?3)"};
+inline constexpr NamedStatement COMING{
+    "coming folder", "SELECT uid FROM exchange_coming WHERE place = ?1 AND name = ?2"};
+inline constexpr NamedStatement SAME_FOLDER{
+    "same folder", "SELECT id, same FROM exchange_folder WHERE uid = ?1 AND same IS NOT NULL"};
 
 // --- Import: links; ?1 first, ?2 kind, ?3 name, ?4 second, ?5 exact ---
 

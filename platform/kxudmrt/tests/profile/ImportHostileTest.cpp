@@ -345,5 +345,29 @@ TEST_F(HostileImport, AnyNumberOfContentsTakesNoMemory) {
     EXPECT_EQ(PeakGrowthOf("many.kxa"), "little");
 }
 
+TEST_F(HostileImport, AnyNumberOfFoldersTakesNoMemory) {
+    {
+        UDMItemHandle folder;
+        ann->GetOrCreateFolder(folder, "/A", false);
+        rows = Rows(library.File());
+        ann->Export(Path("folder.kxa"), {Base(folder)}, 0);
+        Entries many = exchange::ReadArchive(vault::MachineFiles(), Path("folder.kxa"));
+        std::string& document = many[0].content;
+        const std::size_t begin = document.find("<entity ");
+        const std::size_t end = document.find("</entity>\n", begin) + 10;
+        std::string entity = document.substr(begin, end - begin);
+        std::string copies;
+        for (int i = 100'000; i < 220'000; ++i) {
+            entity.replace(entity.find("uid=\"") + 5 + 20, 6, std::to_string(i));
+            copies += entity;
+        }
+        document.insert(end, copies);
+        Write("many.kxa", Sealed(ZipOf(many)));
+    }
+    EXPECT_THAT(ErrorOf([&] { ann->Import(Path("many.kxa")); }), HasSubstr("counts"));
+    ExpectUntouched();
+    EXPECT_EQ(PeakGrowthOf("many.kxa"), "little");
+}
+
 }  // namespace
 }  // namespace kxudm::test
