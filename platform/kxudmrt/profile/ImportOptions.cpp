@@ -35,9 +35,10 @@ const ContentDefinition& DefinitionOfFiles(const catalogue::Catalogue& catalogue
 }
 
 const kxString& CheckedComment(const kxString& comment) {
-    if (catalogue::FirstInvalidUtf8(comment) != std::string_view::npos) {
+    if (catalogue::FirstInvalidUtf8(comment) != std::string_view::npos ||
+        comment.find('\0') != kxString::npos) {
         throw UDMException("The import option \"comment\" is \"" + Printable(comment) +
-                           "\", which is not UTF-8; encode it first");
+                           "\", which is not UTF-8 text without zero bytes; encode it first");
     }
     return comment;
 }

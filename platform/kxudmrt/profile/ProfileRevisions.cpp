@@ -97,6 +97,7 @@ void Profile::PersistEntity(const UDMItemHandle& handle,
                             bool keep,
                             bool /*withFiles*/,
                             bool /*withLinks*/) {
+    RequireComment(comment);
     Operation operation(*_session, "PersistEntity", Durability::Full);
     const Session::State working = _session->Resolve(handle);
     if (IsUnversioned(*working)) {
@@ -125,6 +126,7 @@ void Profile::PersistEntity(const UDMItemHandle& handle,
 }
 
 void Profile::SaveEntity(const UDMItemHandle& handle, const kxString& comment, bool /*withFiles*/) {
+    RequireComment(comment);
     Operation operation(*_session, "SaveEntity");
     const Session::State working = _session->Resolve(handle);
     if (IsUnversioned(*working)) {
@@ -159,6 +161,7 @@ void Profile::UndoCheckout(const UDMItemHandle& handle) {
 }
 
 void Profile::Checkout(const UDMItemHandle& handle, const kxString& comment) {
+    RequireComment(comment);
     const bool takenForNewest = IsTakenForNewest(handle);
     Operation operation(*_session, "Checkout");
     const Session::State state = _session->Resolve(handle);

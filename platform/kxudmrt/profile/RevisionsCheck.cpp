@@ -60,4 +60,12 @@ void RequirePublishable(Session& session, const EntityState& working) {
     }
 }
 
+void RequireComment(const kxString& comment) {
+    if (catalogue::FirstInvalidUtf8(comment) != std::string_view::npos ||
+        comment.find('\0') != kxString::npos) {
+        throw UDMException("The comment \"" + catalogue::Printable(comment) +
+                           "\" is not UTF-8 text without zero bytes; encode it first");
+    }
+}
+
 }  // namespace kxudm::profile

@@ -11,4 +11,7 @@ namespace kxudm::profile {
 // classifications is no part of their revision and doesn't count.
 void RequirePublishable(Session& session, const EntityState& working);
 
+// Throws UDMException unless it is a text: whoever lists revisions shows it.
+void RequireComment(const kxString& comment);
+
 }  // namespace kxudm::profile

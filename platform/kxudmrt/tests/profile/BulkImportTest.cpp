@@ -213,6 +213,10 @@ TEST_F(BulkImport, I14_RefusesValuesThatAnOptionDoesNotTake) {
         }
     }
     EXPECT_THAT(Refusal([&] { Import({{"comment", "\xFF"}}); }), HasSubstr("not UTF-8"));
+    EXPECT_THAT(Refusal([&] {
+                    Import({{"comment", std::string("a\0b", 3)}});
+                }),
+                HasSubstr("without zero bytes"));
 }
 
 TEST_F(BulkImport, I4_RefusesDefinitionsThatAreAbstractOrOfFoldersOrUnknown) {

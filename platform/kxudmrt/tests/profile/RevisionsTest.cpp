@@ -134,6 +134,19 @@ TEST_F(Revisions, AHandleOfARevisionThatIsNoMoreNamesTheOneThatStands) {
                 HasSubstr("is deleted or not visible any more"));
 }
 
+TEST_F(Revisions, ACommentThatIsNoTextIsRefusedByEachStep) {
+    const UDMItemHandle published = Published(ann, "Hub");
+    for (const kxString& bad : {kxString("\xFF"), kxString(std::string("a\0b", 3))}) {
+        const auto refused = HasSubstr("is not UTF-8 text without zero bytes");
+        EXPECT_THAT(Refusal([&] { ann->Checkout(published, bad); }), refused);
+        EXPECT_THAT(Refusal([&] { ann->SaveEntity(part, bad, true); }), refused);
+        EXPECT_THAT(Refusal([&] { ann->PersistEntity(part, bad, false, true, true); }), refused);
+    }
+    EXPECT_FALSE(Newest(ann, published).IsEditable());
+    EXPECT_TRUE(part.IsEditable());
+    EXPECT_TRUE(part.GetAttributeValue("smd_comment").IsEmpty());
+}
+
 TEST_F(Revisions, S5_ALockedEntityNamesItsHolderWorkspaceAndTime) {
     CheckOut(ann, Publish(ann, part));
     for (const ProfilePtr& other : {bob, annAtHome}) {
