@@ -283,7 +283,7 @@ void Libraries(benchmark::internal::Benchmark* benchmark) {
     benchmark->Arg(10000)->Arg(100000)->Iterations(400)->Unit(benchmark::kMicrosecond);
 }
 void Children(benchmark::internal::Benchmark* benchmark) {
-    benchmark->Arg(10)->Arg(100000)->Iterations(50)->Unit(benchmark::kMicrosecond);
+    benchmark->Arg(10)->Arg(100000)->Iterations(500)->Unit(benchmark::kMicrosecond);
 }
 void Lengths(benchmark::internal::Benchmark* benchmark) {
     benchmark->Arg(100)->Arg(1000)->Unit(benchmark::kMicrosecond);

@@ -59,11 +59,12 @@ inline constexpr NamedStatement DROP_MASKS{
 inline constexpr NamedStatement PUBLISH_HEADS{
     "publish head attributes",
     "UPDATE head_attribute SET working = 0 WHERE entity = ?1 AND working = 1"};
-// Up to revision ?2, which is published: an exact relation ends behind it.
+// Up to revision ?2, which is published: an exact relation ends behind it. The index is named: by
+// the primary key all links of the entity would be walked through.
 inline constexpr NamedStatement CLOSE_LINKS{
     "close links",
-    "UPDATE link SET to_rev = ending, ending = NULL WHERE first = ?1 AND ending IS NOT NULL"
-    " AND ending <= ?2"};
+    "UPDATE link INDEXED BY link_ending SET to_rev = ending, ending = NULL"
+    " WHERE first = ?1 AND ending IS NOT NULL AND ending <= ?2"};
 inline constexpr NamedStatement CLOSE_FILES{
     "close files",
     "UPDATE file SET to_rev = ending, ending = NULL WHERE entity = ?1 AND to_rev = " KXUDM_OPEN
@@ -99,15 +100,14 @@ inline constexpr NamedStatement DROP_REVISION{"drop revision",
                                               "DELETE FROM revision WHERE id = ?1"};
 inline constexpr NamedStatement DROP_WORKING_HEADS{
     "drop working head attributes", "DELETE FROM head_attribute WHERE entity = ?1 AND working = 1"};
-// Looks at each link of the newest revision: links are not kept in the order of their revisions.
 inline constexpr NamedStatement DROP_NEW_LINKS{
     "drop new links",
     "DELETE FROM link WHERE first = ?1 AND from_rev = ?2 AND from_rev NOT IN (0, 1)"
     " AND to_rev = " KXUDM_OPEN};
 inline constexpr NamedStatement REOPEN_LINKS{
     "reopen links",
-    "UPDATE link SET ending = NULL WHERE first = ?1 AND ending IS NOT NULL"
-    " AND (kind <> 5 OR exact IS NULL)"};
+    "UPDATE link INDEXED BY link_ending SET ending = NULL WHERE first = ?1"
+    " AND ending IS NOT NULL AND (kind <> 5 OR exact IS NULL)"};
 inline constexpr NamedStatement DROP_NEW_FILES{
     "drop new files",
     "DELETE FROM file WHERE entity = ?1 AND to_rev = " KXUDM_OPEN " AND from_rev = ?2"};

@@ -62,9 +62,18 @@ TEST_F(LibraryFixture, APublishLooksThroughTheLinksThatWaitForTheirEnd) {
 }
 
 // However many links the entity has.
-TEST_F(LibraryFixture, AnUndoLooksUpTheLinksThatTheRevisionAdded) {
+TEST_F(LibraryFixture, AnUndoLooksUpTheLinksThatTheRevisionAddedAndGaveUp) {
     EXPECT_THAT(Plan(store_->Connection(), statements::DROP_NEW_LINKS.text),
                 HasSubstr("INDEX link_new (first=? AND from_rev=?)"));
+    EXPECT_THAT(Plan(store_->Connection(), statements::REOPEN_LINKS.text),
+                HasSubstr("INDEX link_ending (first=?)"));
+    EXPECT_THAT(Plan(store_->Connection(), statements::OWNED_ANEW.text),
+                HasSubstr("SEARCH e USING INDEX link_ending"));
+}
+
+TEST_F(LibraryFixture, APublishLooksUpTheLinksThatTheRevisionGaveUp) {
+    EXPECT_THAT(Plan(store_->Connection(), statements::CLOSE_LINKS.text),
+                HasSubstr("INDEX link_ending (first=?)"));
 }
 
 INSTANTIATE_TEST_SUITE_P(
