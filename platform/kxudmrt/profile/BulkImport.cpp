@@ -5,9 +5,11 @@
 #include <cerrno>
 #include <utility>
 
+#include "core/Team.h"
 #include "profile/Creation.h"
 #include "profile/FileIntake.h"
 #include "profile/Groups.h"
+#include "profile/Texts.h"
 #include "profile/Words.h"
 #include "text/Decode.h"
 #include "vault/SourceFile.h"
@@ -24,6 +26,12 @@ constexpr std::size_t kFilesInGroup = 1000;
 constexpr std::uint64_t kBytesInGroup = std::uint64_t{1} << 30;
 // Texts whose words are kept in memory until the group is written.
 constexpr std::uint64_t kMostTextBytes = std::uint64_t{256} << 20;
+// Of large files, copied for the crew.
+constexpr std::size_t kMostWaitingBytes = std::size_t{16} << 20;
+// So many files ahead the crew has work while the rows of a group are written and flushed.
+constexpr std::size_t kMostComing = kFilesInGroup;
+
+constexpr auto COMING = static_cast<std::size_t>(-1);
 
 // The place where the vault lies can take nothing more, whatever the next file is.
 bool IsOfTheVault(const vault::FileError& error) {
@@ -63,13 +71,13 @@ BulkImport::BulkImport(Session& session, const ImportOptions& options, ImportRep
 int BulkImport::Run(const ImportPlan& plan) {
     _plan = &plan;
     _report.SetTotal(plan.files.size(), plan.bytes);
-    std::size_t next = 0;
-    while (next < plan.files.size() && TakeIn(next)) {
-        ++next;
-        if (IsGroupFull()) {
-            WriteGroup();
+    _crew = std::make_unique<core::Crew>(core::Team::UsefulThreads(plan.files.size()));
+    for (std::size_t next = 0; next < plan.files.size() && Begin(next); ++next) {
+        while (_coming.size() >= kMostComing) {
+            EndNext();
         }
     }
+    EndAll();
     if (_options.strict) {
         _report.RequireGoingOn();
     }
@@ -86,36 +94,97 @@ bool BulkImport::IsGroupFull() const {
 }
 
 // False once the import is cancelled.
-bool BulkImport::TakeIn(std::size_t file) {
+bool BulkImport::Begin(std::size_t file) {
     const std::string source = _plan->SourceOf(_plan->files[file]);
     if (!_report.Begin(source)) {
         return false;
     }
+    if (IsComing(file)) {
+        EndAll();
+    }
+    Coming coming{.pending = {.file = file}};
     try {
-        Take(file, source);
+        Take(source, coming);
+    } catch (const sql::Error&) {
+        throw;
+    } catch (const UDMException&) {
+        coming.failure = std::current_exception();
+    }
+    _coming.push_back(std::move(coming));
+    return !_report.IsCancelled();
+}
+
+// Whether another file is on its way that may become the content of that name.
+bool BulkImport::IsComing(std::size_t file) {
+    const ImportFile& planned = _plan->files[file];
+    const auto same =
+        _names.find({&_folders.At(_plan->folders[planned.folder].target), planned.name});
+    return same != _names.end() && same->second == COMING;
+}
+
+// The file that was announced first.
+void BulkImport::EndNext() {
+    Coming coming = std::move(_coming.front());
+    _coming.pop_front();
+    const ImportFile& planned = _plan->files[coming.pending.file];
+    try {
+        Keep(coming);
     } catch (const vault::StoppedException&) {
-        return false;
+        return;
     } catch (const sql::Error&) {
         throw;
     } catch (const vault::FileError& error) {
         if (IsOfTheVault(error)) {
             throw;
         }
-        _report.Fail(source, error.what());
+        _report.Fail(_plan->SourceOf(planned), error.what());
     } catch (const UDMException& refusal) {
-        _report.Fail(source, refusal.what());
+        _report.Fail(_plan->SourceOf(planned), refusal.what());
     }
-    _report.End(_plan->files[file].size);
-    return !_report.IsCancelled();
+    _report.End(planned.size);
+    if (IsGroupFull()) {
+        WriteGroup();
+    }
 }
 
-void BulkImport::Take(std::size_t file, const std::string& source) {
-    const ImportFile& planned = _plan->files[file];
+void BulkImport::EndAll() {
+    while (!_coming.empty()) {
+        EndNext();
+    }
+}
+
+void BulkImport::Keep(Coming& coming) {
+    Pending& pending = coming.pending;
+    const ImportFile& planned = _plan->files[pending.file];
+    if (coming.failure) {
+        std::rethrow_exception(coming.failure);
+    }
+    if (!coming.isNew) {
+        return;
+    }
+    const auto name = _names.find({pending.place, planned.name});
+    try {
+        if (coming.taken.valid()) {
+            Taken taken = coming.taken.get();
+            pending.row = StoredFile(planned.name, _batch->Add(std::move(taken.incoming)), {});
+            pending.text = std::move(taken.text);
+        }
+    } catch (...) {
+        _names.erase(name);
+        _textBytes -= pending.textBytes;
+        throw;
+    }
+    name->second = _pending.size();
+    _pendingBytes += planned.size;
+    _pending.push_back(std::move(pending));
+}
+
+void BulkImport::Take(const std::string& source, Coming& coming) {
+    const ImportFile& planned = _plan->files[coming.pending.file];
     Place& place = _folders.At(_plan->folders[planned.folder].target);
     std::vector<store::FileRow> there;
     bool isTaken = FindNamed(place, planned.name, there);
-    const auto same = _pendingNames.find({&place, planned.name});
-    if (same != _pendingNames.end()) {
+    if (const auto same = _names.find({&place, planned.name}); same != _names.end()) {
         isTaken = true;
         there.push_back(_pending[same->second].row);
     }
@@ -133,12 +202,11 @@ void BulkImport::Take(std::size_t file, const std::string& source) {
     if (IsOfVault(planned.folder, source)) {
         throw UDMException("it is part of a vault of this library; name files outside of it");
     }
-    const ContentDefinition& definition = DefinitionFor(planned.name, place);
-    std::future<std::string> text;
-    store::FileRow row = Store(planned.name, source, text);
-    _pending.push_back({file, &place, &definition, std::move(row), std::move(text)});
-    _pendingNames.emplace(std::pair(&place, std::string_view(planned.name)), _pending.size() - 1);
-    _pendingBytes += planned.size;
+    coming.pending.definition = &DefinitionFor(planned.name, place);
+    coming.pending.place = &place;
+    Store(source, planned.size, coming);
+    _names.emplace(std::pair(&place, std::string_view(planned.name)), COMING);
+    coming.isNew = true;
 }
 
 // What lies together in a folder is of a vault or is not. Looking costs as much as a small file.
@@ -150,32 +218,69 @@ bool BulkImport::IsOfVault(std::size_t folder, const std::string& source) {
     return _isOfVault;
 }
 
-store::FileRow BulkImport::Store(const std::string& name,
-                                 const std::string& source,
-                                 std::future<std::string>& text) {
+void BulkImport::Store(const std::string& source, std::uint64_t size, Coming& coming) {
+    Pending& pending = coming.pending;
     if (_options.external) {
-        return ExternalFile(_session.Vaults(), source);
+        pending.row = ExternalFile(_session.Vaults(), source);
+        return;
     }
     if (!_batch) {
         _batch.emplace(_vault);
     }
-    const vault::Stored stored = _batch->Add(
-        source,
-        {.progress = [this](std::uint64_t bytes) { return _report.Advance(bytes); },
-         .beginning = [this, &text](std::string_view bytes) { PrepareText(bytes, text); }});
-    return StoredFile(name, stored, {});
+    const bool withText = _textBytes < kMostTextBytes;
+    if (withText) {
+        pending.textBytes = std::min<std::uint64_t>(size, text::kLongestText);
+        _textBytes += pending.textBytes;
+    }
+    if (size < vault::kLarge) {
+        coming.taken = _crew->Do([this, source, withText] { return TakeAlone(source, withText); });
+        return;
+    }
+    std::promise<Taken> taken;
+    coming.taken = taken.get_future();
+    taken.set_value(TakeLarge(source, withText));
 }
 
-// While the file is compressed and written. What is too much to be kept is indexed later.
-void BulkImport::PrepareText(std::string_view beginning, std::future<std::string>& text) {
-    if (!text::MayBeText(beginning)) {
-        std::promise<std::string> nothing;
-        nothing.set_value({});
-        text = nothing.get_future();
-    } else if (_textBytes < kMostTextBytes) {
-        _textBytes += beginning.size();
-        text = _texts.Prepare(beginning);
+// By a thread of the crew.
+BulkImport::Taken BulkImport::TakeAlone(const std::string& source, bool withText) {
+    Taken taken;
+    std::promise<std::string> text;
+    const auto prepare = [&](std::string_view beginning) {
+        text.set_value(text::MayBeText(beginning) ? PreparedText(beginning) : std::string());
+        taken.text = text.get_future();
+    };
+    vault::AddOptions options;
+    if (withText) {
+        options.beginning = prepare;
     }
+    taken.incoming = _batch->Prepare(source, options);
+    return taken;
+}
+
+BulkImport::Taken BulkImport::TakeLarge(const std::string& source, bool withText) {
+    Taken taken;
+    vault::AddOptions options;
+    options.progress = [this](std::uint64_t bytes) { return _report.Advance(bytes); };
+    if (withText) {
+        options.beginning = [&](std::string_view bytes) { taken.text = PrepareBeside(bytes); };
+    }
+    taken.incoming = _batch->Prepare(source, options);
+    return taken;
+}
+
+// While the file is compressed and written.
+std::future<std::string> BulkImport::PrepareBeside(std::string_view beginning) {
+    beginning = beginning.substr(0, text::kLongestText);
+    if (text::MayBeText(beginning) && _waitingBytes < kMostWaitingBytes) {
+        _waitingBytes += beginning.size();
+        return _crew->Do([this, bytes = std::string(beginning)] {
+            _waitingBytes -= bytes.size();
+            return PreparedText(bytes);
+        });
+    }
+    std::promise<std::string> text;
+    text.set_value(text::MayBeText(beginning) ? PreparedText(beginning) : std::string());
+    return text.get_future();
 }
 
 // Everything that can be refused without reading the file.

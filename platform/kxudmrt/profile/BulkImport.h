@@ -3,14 +3,24 @@
 // Layer: profile. Files are taken into the vault first, many together, then their rows follow in
 // one transaction: at every moment the library has whole contents only, and other writers wait for
 // the rows alone, never for the reading. A strict import is one such group, whatever its size.
+//
+// Small files are read, compressed and written by a crew of threads, up to a group ahead of the
+// rows; large ones by the calling thread, which tells how far it is within them. Each file is
+// announced to the listener before anybody reads it, and what failed is told in the plan's order.
 #pragma once
 
+#include <atomic>
+#include <deque>
+#include <exception>
+#include <future>
 #include <map>
+#include <memory>
 #include <optional>
 #include <set>
 #include <string>
 #include <vector>
 
+#include "core/Crew.h"
 #include "profile/ImportFolders.h"
 #include "profile/ImportWalk.h"
 #include "profile/Texts.h"
@@ -38,8 +48,21 @@ class BulkImport {
         std::size_t file = 0;  // in the plan
         Place* place = nullptr;
         const catalogue::ContentDefinition* definition = nullptr;
-        store::FileRow row;
-        std::future<std::string> text;  // prepared; none if there is nothing to prepare
+        store::FileRow row = {};
+        std::future<std::string> text = {};  // prepared; none if the next search is to do it
+        std::uint64_t textBytes = 0;         // that it was made of
+    };
+    // What the vault has got of a file.
+    struct Taken {
+        vault::Incoming incoming;
+        std::future<std::string> text;
+    };
+    // A file that was announced.
+    struct Coming {
+        Pending pending;
+        std::future<Taken> taken = {};         // none: it needs no vault
+        std::exception_ptr failure = nullptr;  // without a look into it
+        bool isNew = false;                    // is to become a content
     };
     // What a transaction is at.
     struct Position {
@@ -51,12 +74,16 @@ class BulkImport {
     };
 
     // --- Into the vault ---
-    bool TakeIn(std::size_t file);
-    void Take(std::size_t file, const std::string& source);
-    store::FileRow Store(const std::string& name,
-                         const std::string& source,
-                         std::future<std::string>& text);
-    void PrepareText(std::string_view beginning, std::future<std::string>& text);
+    bool Begin(std::size_t file);
+    bool IsComing(std::size_t file);
+    void Take(const std::string& source, Coming& coming);
+    void Store(const std::string& source, std::uint64_t size, Coming& coming);
+    Taken TakeAlone(const std::string& source, bool withText);
+    Taken TakeLarge(const std::string& source, bool withText);
+    std::future<std::string> PrepareBeside(std::string_view beginning);
+    void EndNext();
+    void EndAll();
+    void Keep(Coming& coming);
     const catalogue::ContentDefinition& DefinitionFor(const std::string& name, Place& place);
     bool IsOfVault(std::size_t folder, const std::string& source);
     // Whether contents of that name lie there, and their files of that name.
@@ -69,8 +96,8 @@ class BulkImport {
     std::optional<Refusal> TryWrite(std::size_t from);
     void Write(std::size_t from, std::size_t to, std::size_t foldersEnd, Position& position);
     void MakeWanted(Operation& operation, std::size_t& next, std::size_t end, Position& position);
-    bool WriteContent(Operation& operation, Pending& pending);
-    store::FileRow RowOf(Operation& operation, Pending& pending);
+    bool WriteContent(Operation& operation, Pending& pending, store::ContentTexts& texts);
+    store::FileRow RowOf(Pending& pending, store::ContentTexts& texts);
     void PlaceContent(Operation& operation,
                       const Session::State& content,
                       const Session::State& folder);
@@ -85,11 +112,12 @@ class BulkImport {
 
     const ImportPlan* _plan = nullptr;
     std::optional<vault::Batch> _batch;
+    std::deque<Coming> _coming;
     std::vector<Pending> _pending;
-    std::map<std::pair<const Place*, std::string_view>, std::size_t> _pendingNames;
+    // Of what is new in both; the index is that in _pending, or COMING.
+    std::map<std::pair<const Place*, std::string_view>, std::size_t> _names;
     std::uint64_t _pendingBytes = 0;
-    TextPreparer _texts;
-    std::uint64_t _textBytes = 0;                          // given to it for what is pending
+    std::uint64_t _textBytes = 0;                          // of texts that are kept just now
     std::size_t _lookedAt = static_cast<std::size_t>(-1);  // folder of the plan
     bool _isOfVault = false;                               // what is in that one
     std::size_t _nextFolder = 0;  // folders of the plan before it are made where wanted
@@ -97,6 +125,8 @@ class BulkImport {
     bool _atEnd = false;
     int _made = 0;
     ChangeList _changes;
+    std::atomic<std::size_t> _waitingBytes{0};  // of texts that the crew has still to prepare
+    std::unique_ptr<core::Crew> _crew;          // ends first: it uses what stands above
 };
 
 }  // namespace kxudm::profile

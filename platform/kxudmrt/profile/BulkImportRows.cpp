@@ -43,8 +43,8 @@ store::AttributeList Described(const catalogue::ContentDefinition& definition,
 // A content that the library refuses fails alone: the others of its group are written without it.
 void BulkImport::WriteGroup() {
     if (_batch) {
+        // It is the same for all groups, since files of the next one are on their way.
         _batch->Commit();
-        _batch.reset();
     }
     std::size_t from = 0;
     while (const std::optional<Refusal> refusal = TryWrite(from)) {
@@ -59,10 +59,12 @@ void BulkImport::WriteGroup() {
         Write(from, refusal->index, 0, position);
         from = refusal->index + 1;
     }
+    for (const Pending& pending : _pending) {
+        _names.erase({pending.place, _plan->files[pending.file].name});
+        _textBytes -= pending.textBytes;
+    }
     _pending.clear();
-    _pendingNames.clear();
     _pendingBytes = 0;
-    _textBytes = 0;
 }
 
 // What is pending from there on, as a whole, and at the end of the import the folders that are
@@ -94,13 +96,15 @@ void BulkImport::Write(std::size_t from,
     int made = 0;
     try {
         Operation operation(_session, "AddFoldersAndFiles", sql::Transaction::Durability::Full);
+        store::ContentTexts texts(operation.Store());
         for (std::size_t i = from; i < to; ++i) {
             const std::size_t folder = _plan->files[_pending[i].file].folder;
             MakeWanted(operation, nextFolder, folder + 1, position);
             position = {false, i};
-            made += WriteContent(operation, _pending[i]) ? 1 : 0;
+            made += WriteContent(operation, _pending[i], texts) ? 1 : 0;
         }
         MakeWanted(operation, nextFolder, foldersEnd, position);
+        texts.Write();
         operation.Commit();
         operation.TellLater(_changes);
     } catch (...) {
@@ -127,7 +131,7 @@ void BulkImport::MakeWanted(Operation& operation,
 }
 
 // False if somebody else has brought the same file there meanwhile.
-bool BulkImport::WriteContent(Operation& operation, Pending& pending) {
+bool BulkImport::WriteContent(Operation& operation, Pending& pending, store::ContentTexts& texts) {
     const Session::State folder = _folders.Make(operation, *pending.place);
     std::vector<store::FileRow> there;
     if (FindNamed(*pending.place, pending.row.name, there)) {
@@ -146,7 +150,7 @@ bool BulkImport::WriteContent(Operation& operation, Pending& pending) {
                                                Described(*pending.definition, pending.row));
     PlaceContent(operation, content, folder);
     if (!operation.Store().AddFile(
-            content->Id(), content->Revision(), RowOf(operation, pending), operation.Stamp())) {
+            content->Id(), content->Revision(), RowOf(pending, texts), operation.Stamp())) {
         throw UDMException("its content has a file of that name already");
     }
     FinishContent(operation, content);
@@ -155,10 +159,10 @@ bool BulkImport::WriteContent(Operation& operation, Pending& pending) {
 
 // With the document of its words, if it has any. Written a second time, after another content was
 // refused, it is left to the next search.
-store::FileRow BulkImport::RowOf(Operation& operation, Pending& pending) {
+store::FileRow BulkImport::RowOf(Pending& pending, store::ContentTexts& texts) {
     store::FileRow row = pending.row;
     if (pending.text.valid()) {
-        row.text = store::AddContentText(operation.Store(), row.hash, pending.text.get());
+        row.text = texts.Add(row.hash, pending.text.get());
     }
     return row;
 }

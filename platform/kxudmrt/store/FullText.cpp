@@ -55,21 +55,6 @@ void IndexEntity(sql::Connection& connection, EntityId id) {
     unmark.Run();
 }
 
-// Numbers are never given twice: a document that no file has may still stand in the index.
-std::int64_t NextDocument(sql::Connection& connection) {
-    std::int64_t last = 0;
-    {
-        sql::Statement find(connection, statements::INFO);
-        find.BindAll(kNoteOfDocuments);
-        last = find.Step() ? std::stoll(find.String(0)) : 0;
-    }
-    const std::string next = std::to_string(last + 1);
-    sql::Statement set(connection, statements::SET_INFO);
-    set.BindAll(kNoteOfDocuments, next);
-    set.Run();
-    return last + 1;
-}
-
 struct PendingContent {
     std::string hash;
     std::string vault;
@@ -144,10 +129,9 @@ TextDocuments DocumentsOf(sql::Connection& connection, EntityId id) {
     return documents;
 }
 
-std::int64_t AddContentText(LibraryStore& store, std::string_view hash, std::string_view prepared) {
-    sql::Connection& connection = store.Connection();
+std::int64_t ContentTexts::Add(std::string_view hash, std::string prepared) {
     {
-        sql::Statement find(connection, statements::CONTENT_TEXT_OF);
+        sql::Statement find(_store.Connection(), statements::CONTENT_TEXT_OF);
         find.BindAll(hash);
         if (find.Step()) {
             return find.Int64(0);
@@ -156,13 +140,34 @@ std::int64_t AddContentText(LibraryStore& store, std::string_view hash, std::str
     if (prepared.empty()) {
         return kNoWords;
     }
-    sql::Transaction transaction(connection);
-    const std::int64_t document = NextDocument(connection);
-    sql::Statement add(connection, statements::ADD_CONTENT_TEXT);
-    add.BindAll(document, prepared);
-    add.Run();
-    transaction.Commit();
-    return document;
+    if (_prepared.empty()) {
+        ReadLast();
+    }
+    _prepared.push_back(std::move(prepared));
+    return _last + static_cast<std::int64_t>(_prepared.size());
+}
+
+void ContentTexts::ReadLast() {
+    sql::Statement find(_store.Connection(), statements::INFO);
+    find.BindAll(kNoteOfDocuments);
+    _last = find.Step() ? std::stoll(find.String(0)) : 0;
+}
+
+void ContentTexts::Write() {
+    if (_prepared.empty()) {
+        return;
+    }
+    sql::Connection& connection = _store.Connection();
+    const std::string last = std::to_string(_last + static_cast<std::int64_t>(_prepared.size()));
+    sql::Statement set(connection, statements::SET_INFO);
+    set.BindAll(kNoteOfDocuments, last);
+    set.Run();
+    for (const std::string& prepared : _prepared) {
+        sql::Statement add(connection, statements::ADD_CONTENT_TEXT);
+        add.BindAll(++_last, prepared);
+        add.Run();
+    }
+    _prepared.clear();
 }
 
 bool FullText::BringForward() {
@@ -207,15 +212,17 @@ bool FullText::IndexContents() {
         return false;
     }
     _store.Update([&] {
+        ContentTexts texts(_store);
         for (std::size_t i = 0; i < count; ++i) {
-            const PendingContent& content = pending[i];
+            PendingContent& content = pending[i];
             const std::int64_t document =
-                content.prepared ? AddContentText(_store, content.hash, *content.prepared)
+                content.prepared ? texts.Add(content.hash, std::move(*content.prepared))
                                  : kUnreadable;
             sql::Statement set(_store.Connection(), statements::SET_CONTENT_TEXT);
             set.BindAll(content.hash, document);
             set.Run();
         }
+        texts.Write();
     });
     return more || count < pending.size();
 }

@@ -13,7 +13,9 @@
 // different: who changes head_attribute without the revision calls MarkTexts, and who has the
 // content of a file in memory saves the next search from reading it again by
 //
-//     row.text = AddContentText(store, row.hash, prepared);  // in the transaction of the row
+//     ContentTexts texts(store);  // in the transaction of the rows
+//     row.text = texts.Add(row.hash, prepared);  // for each
+//     texts.Write();
 //
 // A document of attributes belongs to an entity and is replaced. One of a content belongs to its
 // hash and is never changed: whatever files it has, whoever sees them, stands in the table of
@@ -42,10 +44,28 @@ using TextReader =
 // What queries see of the entity's attributes has changed.
 void MarkTexts(LibraryStore& store, EntityId id);
 
-// Number of the document that holds a content's prepared text; 0 if there are no words in it.
-[[nodiscard]] std::int64_t AddContentText(LibraryStore& store,
-                                          std::string_view hash,
-                                          std::string_view prepared);
+// The documents of a few or many contents, within one transaction. They come into the index
+// together: whatever else is written in between would have it write what it has collected so far,
+// to be merged later.
+class ContentTexts {
+  public:
+    // Outlives it.
+    explicit ContentTexts(LibraryStore& store) : _store(store) {}
+
+    // Number of the document that holds a content's prepared text; 0 if there are no words in it.
+    // It is to be written into the content's row before the next one is added.
+    [[nodiscard]] std::int64_t Add(std::string_view hash, std::string prepared);
+    // Without it nothing that was added may be committed.
+    void Write();
+
+  private:
+    void ReadLast();
+
+    LibraryStore& _store;
+    std::vector<std::string> _prepared;
+    // Numbers are never given twice: a document that no file has may still stand in the index.
+    std::int64_t _last = 0;
+};
 
 class FullText {
   public:

@@ -6,6 +6,10 @@
 #include <algorithm>
 #include <array>
 #include <string>
+#include <utility>
+
+#include "core/Team.h"
+#include "core/Worker.h"
 
 namespace kxudm::vault {
 namespace {
@@ -42,23 +46,28 @@ std::size_t Check(std::size_t result) {
 
 }  // namespace
 
-Compressor::Compressor()
-    : context_(ZSTD_createCCtx()),
-      capacity_(ZSTD_compressBound(kBlock) + kSealSize),
-      output_(std::make_unique_for_overwrite<char[]>(capacity_)) {
-    if (context_ == nullptr) {
+void Compressor::Free::operator()(ZSTD_CCtx_s* context) const {
+    ZSTD_freeCCtx(context);
+}
+
+Compressor::Context Compressor::NewContext() {
+    Context context(ZSTD_createCCtx());
+    if (context == nullptr) {
         throw std::bad_alloc();
     }
-    ZSTD_CCtx_setParameter(context_, ZSTD_c_compressionLevel, kLevel);
+    Check(ZSTD_CCtx_setParameter(context.get(), ZSTD_c_compressionLevel, kLevel));
+    return context;
 }
 
-Compressor::~Compressor() {
-    ZSTD_freeCCtx(context_);
-}
+Compressor::Compressor()
+    : context_(NewContext()),
+      capacity_(ZSTD_compressBound(kBlock) + kSealSize),
+      output_(std::make_unique_for_overwrite<char[]>(capacity_)) {}
 
 std::size_t Compressor::Once(std::string_view bytes) {
-    Check(ZSTD_CCtx_reset(context_, ZSTD_reset_session_only));
-    return Check(ZSTD_compress2(context_, output_.get(), capacity_, bytes.data(), bytes.size()));
+    Check(ZSTD_CCtx_reset(context_.get(), ZSTD_reset_session_only));
+    return Check(
+        ZSTD_compress2(context_.get(), output_.get(), capacity_, bytes.data(), bytes.size()));
 }
 
 bool Compressor::LooksWorthwhile(std::string_view beginning) {
@@ -88,9 +97,34 @@ std::string_view Compressor::CompressWhole(std::string_view content) {
 }
 
 void Compressor::Begin(std::uint64_t size) {
-    Check(ZSTD_CCtx_reset(context_, ZSTD_reset_session_only));
-    Check(ZSTD_CCtx_setPledgedSrcSize(context_, size));
+    Stop();
+    if (size >= kLarge) {
+        BeginTeam(size);
+    }
+    if (team_ == nullptr) {
+        Check(ZSTD_CCtx_reset(context_.get(), ZSTD_reset_session_only));
+        Check(ZSTD_CCtx_setPledgedSrcSize(context_.get(), size));
+    }
     written_.Begin();
+}
+
+// Where the machine gives no threads, or the library was built without them, one does it all.
+void Compressor::BeginTeam(std::uint64_t size) {
+    const auto threads = static_cast<int>(core::Team::UsefulThreads(size / kLarge + 1));
+    if (threads < 2) {
+        return;
+    }
+    Context team = NewContext();
+    const core::NoSignals noSignals;
+    ZSTD_inBuffer nothing{nullptr, 0, 0};
+    ZSTD_outBuffer output{output_.get(), capacity_, 0};
+    const bool begun =
+        ZSTD_isError(ZSTD_CCtx_setParameter(team.get(), ZSTD_c_nbWorkers, threads)) == 0 &&
+        ZSTD_isError(ZSTD_CCtx_setPledgedSrcSize(team.get(), size)) == 0 &&
+        ZSTD_isError(ZSTD_compressStream2(team.get(), &output, &nothing, ZSTD_e_continue)) == 0;
+    if (begun && output.pos == 0) {
+        team_ = std::move(team);
+    }
 }
 
 void Compressor::Put(std::string_view bytes, const Sink& sink) {
@@ -99,17 +133,19 @@ void Compressor::Put(std::string_view bytes, const Sink& sink) {
 
 void Compressor::End(const Sink& sink) {
     Run({}, true, sink);
+    Stop();
     const std::string seal = SealOf(written_);
     sink(seal.data(), seal.size());
 }
 
 void Compressor::Run(std::string_view bytes, bool last, const Sink& sink) {
+    ZSTD_CCtx_s* const context = team_ != nullptr ? team_.get() : context_.get();
     ZSTD_inBuffer input{bytes.data(), bytes.size(), 0};
     bool done = false;
     while (!done) {
         ZSTD_outBuffer output{output_.get(), capacity_, 0};
         const std::size_t rest = Check(
-            ZSTD_compressStream2(context_, &output, &input, last ? ZSTD_e_end : ZSTD_e_continue));
+            ZSTD_compressStream2(context, &output, &input, last ? ZSTD_e_end : ZSTD_e_continue));
         if (output.pos > 0) {
             written_.Update(output_.get(), output.pos);
             sink(output_.get(), output.pos);

@@ -3,7 +3,8 @@
 // a skippable frame (24 bytes) that holds the first 16 digits of the SHA-256 of what comes before
 // it, so the command line tool `zstd` reads these files as well.
 //
-// Objects keep their working memory (a few MiB) from one content to the next.
+// Objects keep their working memory (a few MiB) from one content to the next. A large content is
+// compressed by several threads, which end with it; its frame does not depend on their number.
 #ifndef KXUDMRT_VAULT_COMPRESSION_H
 #define KXUDMRT_VAULT_COMPRESSION_H
 
@@ -23,13 +24,14 @@ namespace kxudm::vault {
 
 // How much of a file is in memory at a time.
 constexpr std::size_t kBlock = std::size_t{1} << 20;
+// From this size on threads of its own are worth their start.
+constexpr std::uint64_t kLarge = std::uint64_t{4} << 20;
 
 class Compressor {
   public:
     using Sink = std::function<void(const char*, std::size_t)>;
 
     Compressor();
-    ~Compressor();
     Compressor(const Compressor&) = delete;
     Compressor& operator=(const Compressor&) = delete;
 
@@ -44,12 +46,22 @@ class Compressor {
     void Begin(std::uint64_t size);
     void Put(std::string_view bytes, const Sink& sink);
     void End(const Sink& sink);
+    // Instead of End, for a content that is given up.
+    void Stop() noexcept { team_.reset(); }
 
   private:
+    struct Free {
+        void operator()(ZSTD_CCtx_s* context) const;
+    };
+    using Context = std::unique_ptr<ZSTD_CCtx_s, Free>;
+
+    static Context NewContext();
+    void BeginTeam(std::uint64_t size);
     std::size_t Once(std::string_view bytes);
     void Run(std::string_view bytes, bool last, const Sink& sink);
 
-    ZSTD_CCtx_s* context_;
+    Context context_;
+    Context team_;  // with threads, for the large content that is being compressed
     std::size_t capacity_;
     std::unique_ptr<char[]> output_;
     Sha256 written_;

@@ -11,9 +11,6 @@ namespace {
 // Enough to tell text from anything else.
 constexpr std::size_t kTextSample = std::size_t{64} << 10;
 
-// From this size on a thread for the hash is worth its start.
-constexpr std::uint64_t kLarge = std::uint64_t{4} << 20;
-
 bool IsTextByte(char c) {
     const auto byte = static_cast<unsigned char>(c);
     // Beside the blanks: backspace, the end mark of old systems, escape sequences of listings.
@@ -37,7 +34,7 @@ struct Intake::Pass {
     Source& source;
     const std::string& path;
     const AddOptions& options;
-    const StoredByHash* expected;
+    const Expected* expected;
     Incoming result;
 
     void Advance(std::uint64_t bytes) const {
@@ -50,7 +47,7 @@ struct Intake::Pass {
 
 Incoming Intake::TakeIn(const std::string& path,
                         const AddOptions& options,
-                        const StoredByHash* expected) {
+                        const Expected* expected) {
     SourceFile source(layout_.Files(), path);
     return TakeIn(source, path, options, expected);
 }
@@ -58,7 +55,7 @@ Incoming Intake::TakeIn(const std::string& path,
 Incoming Intake::TakeIn(Source& source,
                         const std::string& name,
                         const AddOptions& options,
-                        const StoredByHash* expected) {
+                        const Expected* expected) {
     Pass pass{source, name, options, expected, {}};
     hash_.Begin();
     const std::string_view beginning(Block(), source.Fill(Block(), kBlock));
@@ -72,7 +69,13 @@ Incoming Intake::TakeIn(Source& source,
     if (beginning.size() < kBlock) {
         TakeSmall(pass, beginning);
     } else {
-        TakeLarge(pass, beginning);
+        try {
+            TakeLarge(pass, beginning);
+        } catch (...) {
+            hash_.Stop();
+            compressor_->Stop();
+            throw;
+        }
     }
     return std::move(pass.result);
 }
@@ -145,16 +148,13 @@ void Intake::TakeLarge(Pass& pass, std::string_view beginning) {
     }
 }
 
-bool Intake::IsThere(Incoming& incoming, const StoredByHash* expected) const {
+bool Intake::IsThere(Incoming& incoming, const Expected* expected) const {
     Stored& stored = incoming.stored;
-    if (expected != nullptr) {
-        const auto same = expected->find(stored.hash);
-        if (same != expected->end()) {
-            stored.storedSize = same->second.storedSize;
-            stored.compressed = same->second.compressed;
-            stored.wasThere = true;
-            return true;
-        }
+    if (Stored same; expected != nullptr && expected->Find(stored.hash, same)) {
+        stored.storedSize = same.storedSize;
+        stored.compressed = same.compressed;
+        stored.wasThere = true;
+        return true;
     }
     Entry entry;
     if (!layout_.Find(stored.hash, entry)) {

@@ -1,6 +1,7 @@
 // Reads a file once, and in that pass hashes it, looks what it is, and writes it, compressed where
 // that pays, under a temporary name into the vault. Memory does not depend on the file's size.
-// A large file is hashed by a second thread while it is read and written; it ends with the call.
+// A large file is hashed by a second thread and compressed by others while it is read and written;
+// they end with the call.
 //
 // Layer: vault, inside. One thread at a time.
 #ifndef KXUDMRT_VAULT_INTAKE_H
@@ -10,6 +11,7 @@
 #include <string>
 
 #include "vault/Compression.h"
+#include "vault/Expected.h"
 #include "vault/Layout.h"
 #include "vault/SideHash.h"
 #include "vault/SourceFile.h"
@@ -22,7 +24,7 @@ namespace kxudm::vault {
 
 struct Incoming {
     Stored stored = {};
-    // Whole, still open, not yet flushed; none if the content is in the vault already.
+    // Whole, not yet flushed; none if the content is in the vault already.
     std::unique_ptr<TemporaryFile> file = nullptr;
     // A file of the vault that can't be this content though it bears its name; empty if there is
     // none.
@@ -36,19 +38,19 @@ class Intake {
     // `expected`, if it holds the content's hash, stands for contents that will be in the vault.
     Incoming TakeIn(const std::string& path,
                     const AddOptions& options,
-                    const StoredByHash* expected = nullptr);
+                    const Expected* expected = nullptr);
     // The same of another source, which has this name in messages.
     Incoming TakeIn(Source& source,
                     const std::string& name,
                     const AddOptions& options,
-                    const StoredByHash* expected = nullptr);
+                    const Expected* expected = nullptr);
 
   private:
     struct Pass;
 
     void TakeSmall(Pass& pass, std::string_view content);
     void TakeLarge(Pass& pass, std::string_view beginning);
-    bool IsThere(Incoming& incoming, const StoredByHash* expected) const;
+    bool IsThere(Incoming& incoming, const Expected* expected) const;
     [[nodiscard]] char* Block();
 
     Layout& layout_;

@@ -8,7 +8,6 @@
 #include <functional>
 #include <string>
 #include <string_view>
-#include <unordered_map>
 
 namespace kxudm::vault {
 
@@ -21,8 +20,6 @@ struct Stored {
     bool compressed = false;
     bool wasThere = false;  // nothing was written, the vault had the content
 };
-
-using StoredByHash = std::unordered_map<std::string, Stored>;
 
 // Hears of bytes that were done since the last call; false stops the operation. It must not use the
 // vault that calls it.

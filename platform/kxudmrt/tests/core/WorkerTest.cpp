@@ -5,9 +5,9 @@
 #include <csignal>
 #include <string>
 
+#include "core/Crew.h"
 #include "core/Team.h"
 #include "core/Worker.h"
-#include "profile/Texts.h"
 
 namespace kxudm::core {
 namespace {
@@ -34,20 +34,20 @@ TEST(Worker, OfATeamLeavesSignalsToTheHost) {
     EXPECT_TRUE(blocks);
 }
 
-// The thread lives on after this call, until the preparer goes.
-TEST(Worker, ThatPreparesTextsLeavesSignalsToTheHost) {
+// The thread lives on after this call, until the crew goes.
+TEST(Worker, OfACrewLeavesSignalsToTheHost) {
     static std::atomic<int> caught = 0;
     struct sigaction handler {};
     struct sigaction before {};
     handler.sa_handler = [](int) { ++caught; };
     ASSERT_EQ(sigaction(SIGUSR1, &handler, &before), 0);
-    profile::TextPreparer preparer;
-    preparer.Prepare("wing spar").wait();
+    Crew crew(1);
+    crew.Do([] {}).wait();
     {
         // Nobody but the worker could take it now.
         const NoSignals noSignals;
         kill(getpid(), SIGUSR1);
-        preparer.Prepare(std::string(1 << 20, 'a')).wait();
+        crew.Do([] {}).wait();
         EXPECT_EQ(caught, 0);
     }
     EXPECT_EQ(caught, 1);

@@ -103,7 +103,7 @@ TEST_F(BulkImportFailures, ReportsFilesThatVanishAfterTheyWereFound) {
 }
 
 TEST_F(BulkImportFailures, ReportsFilesThatChangeWhileTheyAreRead) {
-    const std::string growing = Write("tree/a.bin", std::string(3 << 20, 'x'));
+    const std::string growing = Write("tree/a.bin", std::string(5 << 20, 'x'));
     Write("tree/b.txt", "b");
     listener.onAdvance = [&](const UDMProgress& progress) {
         if (progress.name == growing && progress.doneBytes > 0) {

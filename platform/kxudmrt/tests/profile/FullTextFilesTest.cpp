@@ -20,6 +20,14 @@ class FullTextFiles : public FullText {
     void Import(const std::string& folder, const std::string& publish = "true") {
         ann->AddFoldersAndFiles({folder}, {}, "", {{"definition", "Part"}, {"publish", publish}});
     }
+    // Segments of the index of contents.
+    std::int64_t Pieces() {
+        const auto store = providers::OpenLibraryFile(library.File(), 1000);
+        sql::Statement count(
+            store->Connection(),
+            "SELECT count(DISTINCT id >> 37) FROM text_content_data WHERE id >> 37 > 0");
+        return count.Step() ? count.Int64(0) : -1;
+    }
 
     ProfilePtr bob = library.Open("bob");
 };
@@ -134,6 +142,22 @@ TEST_F(FullTextFiles, OfAnImportAreFoundAtOnceAndIndexedWithIt) {
     EXPECT_THAT(Search(bob, "steel"), UnorderedElementsAre("one.txt", "three.txt"));
     EXPECT_THAT(Search(bob, "hinge three"), ElementsAre("three.txt"));
     EXPECT_THAT(UDMMaintenance(ann).Verify(), IsEmpty());
+}
+
+// Each piece of the index costs its writing, its merging with others, and time in every search.
+TEST_F(FullTextFiles, ThatComeTogetherAreWrittenIntoTheIndexAsOnePiece) {
+    std::filesystem::create_directories(sources.File("in"));
+    for (int i = 0; i < 30; ++i) {
+        sources.Write("in/" + std::to_string(i) + ".txt", "plate w" + std::to_string(i));
+    }
+    EXPECT_EQ(Pieces(), 0);
+    Import(sources.File("in"));
+    EXPECT_EQ(Pieces(), 1);
+    for (int i = 0; i < 30; ++i) {
+        With("P" + std::to_string(i), "hinge w" + std::to_string(i));
+    }
+    EXPECT_EQ(Hits("hinge").size(), 30U);
+    EXPECT_EQ(Pieces(), 2);
 }
 
 TEST_F(FullTextFiles, ThatCannotBeReadDoNotHinderASearch) {

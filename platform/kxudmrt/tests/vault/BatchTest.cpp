@@ -1,6 +1,9 @@
 #include <filesystem>
+#include <future>
+#include <set>
 
 #include "Support.h"
+#include "core/Crew.h"
 #include "vault/Vault.h"
 
 namespace kxudm::vault {
@@ -102,6 +105,66 @@ TEST_F(BatchTest, TwoBatchesMayHoldTheSameContent) {
     second.Commit();
     EXPECT_EQ(CountFiles(directory_), 1U);
     EXPECT_EQ(Problems(vault_), "");
+}
+
+TEST_F(BatchTest, SeveralThreadsMayPrepareFilesWhileTheBatchIsUsed) {
+    constexpr int kFiles = 40;
+    // Some twice, some in the vault already, some small and some not.
+    const auto content = [](int i) {
+        return i % 8 == 0 ? Noise(2 * kBlock + 1, i) : Deck(1000 + 500 * (i % 30), i % 30);
+    };
+    std::vector<std::string> paths;
+    for (int i = 0; i < kFiles; ++i) {
+        paths.push_back(folder_.Write("file" + std::to_string(i), content(i)));
+    }
+    vault_.Add(paths[5]);
+    Batch batch(vault_);
+    core::Crew crew(3);
+    std::vector<std::future<Incoming>> prepared;
+    for (const std::string& path : paths) {
+        prepared.push_back(crew.Do([&batch, &path] { return batch.Prepare(path); }));
+    }
+    std::set<std::string> hashes;
+    for (std::size_t i = 0; i < paths.size(); ++i) {
+        const Stored stored = batch.Add(prepared[i].get());
+        EXPECT_EQ(stored.size, std::filesystem::file_size(paths[i]));
+        hashes.insert(stored.hash);
+        if (i % 10 == 9) {
+            // Others are being prepared meanwhile.
+            batch.Commit();
+            EXPECT_TRUE(vault_.Holds(stored.hash));
+        }
+    }
+    EXPECT_EQ(CountFiles(directory_), hashes.size());
+    EXPECT_EQ(Problems(vault_), "");
+}
+
+TEST_F(BatchTest, WhatWasPreparedAndDroppedIsRemoved) {
+    Batch batch(vault_);
+    {
+        const Incoming dropped = batch.Prepare(folder_.Write("deck", Deck(5000)));
+        EXPECT_EQ(Temporaries(directory_), 1U);
+    }
+    EXPECT_EQ(CountFiles(directory_), 0U);
+    EXPECT_THAT(ErrorOf([&] { static_cast<void>(batch.Prepare(folder_.File("nothing"))); }),
+                HasSubstr("nothing' was not stored"));
+}
+
+// A flush tells only of what failed since the folder was opened.
+TEST_F(BatchTest, TheFolderIsOpenBeforeAFileIsPrepared) {
+    std::string calls;
+    MeddlingLayer layer;
+    Vault watched(directory_, layer);
+    layer.before = [&](const std::string& call, const std::string&) {
+        calls += call == "OpenFolder" ? "o" : call == "Create" ? "c" : "";
+    };
+    Vault(directory_).Add(folder_.Write("other", "other"));
+    Batch batch(watched);
+    batch.Add(batch.Prepare(folder_.Write("file", "file")));
+    batch.Commit();
+    batch.Add(batch.Prepare(folder_.Write("next", "next")));
+    EXPECT_EQ(calls, "occ");
+    layer.before = nullptr;
 }
 
 TEST_F(BatchTest, TheFileSystemIsFlushedOnceBeforeTheNamesAndOnceAfterThem) {

@@ -61,6 +61,29 @@ TEST_F(VaultTest, ContentsOfEverySizeAroundABlockComeBack) {
     }
 }
 
+// Several threads compress them.
+TEST_F(VaultTest, LargeContentsComeBack) {
+    for (const std::size_t size : {std::size_t{kLarge} - 1, std::size_t{kLarge}, 9 * kBlock + 1}) {
+        const Stored first = RoundTrip(Deck(size));
+        EXPECT_TRUE(first.compressed) << size;
+        EXPECT_LT(first.storedSize, size / 2);
+        Vault other(folder_.File("other"));
+        EXPECT_EQ(other.Add(folder_.Write("again", Deck(size))).storedSize, first.storedSize);
+    }
+    EXPECT_EQ(Problems(vault_), "");
+}
+
+TEST_F(VaultTest, ALargeContentThatIsGivenUpLeavesNothing) {
+    const std::string path = folder_.Write("deck", Deck(12 * kBlock));
+    std::uint64_t done = 0;
+    EXPECT_THROW(
+        vault_.Add(path,
+                   {.progress = [&](std::uint64_t bytes) { return (done += bytes) < 8 * kBlock; }}),
+        StoppedException);
+    EXPECT_EQ(CountFiles(folder_.File("vault")), 0U);
+    EXPECT_TRUE(RoundTrip(Deck(12 * kBlock)).compressed);
+}
+
 TEST_F(VaultTest, WhatShrinksByATenthIsKeptCompressed) {
     const Stored stored = RoundTrip(Deck(100000));
     EXPECT_TRUE(stored.compressed);
