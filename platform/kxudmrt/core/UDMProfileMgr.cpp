@@ -91,8 +91,8 @@ void UDMProfileMgr::DiscardProfile(boost::shared_ptr<IUDMProfile>& profile) {
         provider = found->second;
         openedBy.erase(found);
     }
-    const boost::shared_ptr<IUDMProfile> closing = std::move(profile);
-    profile.reset();
+    boost::shared_ptr<IUDMProfile> closing;
+    closing.swap(profile);
     if (provider) {
         provider->CloseProfile(closing);
     }
