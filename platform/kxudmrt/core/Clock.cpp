@@ -35,12 +35,13 @@ Clock::~Clock() = default;
 Random::~Random() = default;
 
 Clock& SystemClock() {
-    static MachineClock clock;
+    // Never destroyed, like all that sessions use: some end with the host's static objects.
+    static MachineClock& clock = *new MachineClock;
     return clock;
 }
 
 Random& SystemRandom() {
-    static MachineRandom random;
+    static MachineRandom& random = *new MachineRandom;
     return random;
 }
 

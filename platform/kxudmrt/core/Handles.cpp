@@ -15,7 +15,7 @@ namespace kxudm {
 namespace {
 
 const kxString& EmptyText() {
-    static const kxString text;
+    static const kxString& text = *new kxString;
     return text;
 }
 

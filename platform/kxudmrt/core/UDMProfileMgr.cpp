@@ -25,7 +25,8 @@ struct Registry {
 };
 
 Registry& TheRegistry() {
-    static Registry registry;
+    // Never destroyed: a host's static object may hold a session until the process ends.
+    static Registry& registry = *new Registry;
     return registry;
 }
 

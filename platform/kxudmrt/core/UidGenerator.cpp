@@ -52,7 +52,7 @@ kxString UidGenerator::Next() {
 }
 
 UidGenerator& ProcessUidGenerator() {
-    static UidGenerator generator(SystemClock(), SystemRandom());
+    static UidGenerator& generator = *new UidGenerator(SystemClock(), SystemRandom());
     return generator;
 }
 

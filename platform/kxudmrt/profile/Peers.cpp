@@ -13,7 +13,8 @@ struct Peer {
 };
 
 std::map<kxString, std::vector<Peer>>& ByFile() {
-    static std::map<kxString, std::vector<Peer>> peers;
+    // Never destroyed, as the sessions of a host's static objects leave it last.
+    static auto& peers = *new std::map<kxString, std::vector<Peer>>;
     return peers;
 }
 

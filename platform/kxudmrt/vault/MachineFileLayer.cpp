@@ -271,7 +271,8 @@ class MachineFileLayer final : public FileLayer {
 FileLayer::~FileLayer() = default;
 
 FileLayer& MachineFiles() {
-    static MachineFileLayer layer;
+    // Never destroyed: sessions may end with the host's static objects.
+    static MachineFileLayer& layer = *new MachineFileLayer;
     return layer;
 }
 
