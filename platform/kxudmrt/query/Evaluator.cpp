@@ -66,12 +66,15 @@ bool UidHolds(const Comparison& comparison, const EntityView& entity) {
 
 // "!=" is the opposite of "==": no definition of the class bears the name.
 bool ClassHolds(const Comparison& comparison, const std::vector<std::string>& definitions) {
-    Comparison positive = comparison;
-    positive.op = comparison.op == Operator::NotEqual ? Operator::Equal : comparison.op;
+    const bool negative = comparison.op == Operator::NotEqual;
+    const Operator op = negative ? Operator::Equal : comparison.op;
     const bool met = std::any_of(definitions.begin(), definitions.end(), [&](const auto& name) {
-        return TextHolds(positive, name);
+        return std::any_of(
+            comparison.values.begin(), comparison.values.end(), [&](const Literal& value) {
+                return TextHoldsFor(op, name, value.text);
+            });
     });
-    return met != (comparison.op == Operator::NotEqual);
+    return met != negative;
 }
 
 }  // namespace

@@ -24,6 +24,9 @@ struct SqlFragment {
         return *this;
     }
     SqlFragment& Add(SqlFragment&& other) {
+        if (text.empty() && values.empty()) {
+            return *this = std::move(other);
+        }
         text += other.text;
         std::move(other.values.begin(), other.values.end(), std::back_inserter(values));
         return *this;

@@ -21,10 +21,13 @@ constexpr std::string_view DEFINITION_DISPLAY_NAME = "smd_ctypedn";
 // An entity of which nothing is known but its definition.
 class DefinitionView final : public EntityView {
   public:
-    DefinitionView(const ContentDefinition& definition, const std::vector<std::string>& line)
-        : _definition(definition), _line(line) {}
+    explicit DefinitionView(const ContentDefinition& definition) : _definition(definition) {}
 
-    const std::vector<std::string>& Definitions() const override { return _line; }
+    // Only asked for attributes.
+    const std::vector<std::string>& Definitions() const override {
+        static const std::vector<std::string> none(1);
+        return none;
+    }
     std::string BaseUid() const override { return {}; }
     int Revision() const override { return 0; }
     std::string Name() const override { return {}; }
@@ -34,8 +37,36 @@ class DefinitionView final : public EntityView {
 
   private:
     const ContentDefinition& _definition;
-    const std::vector<std::string>& _line;
 };
+
+// Type and class, as Evaluator takes them, without the definitions' names in a row.
+class LineFilter {
+  public:
+    explicit LineFilter(const Comparison& comparison)
+        : _positive(comparison), _negative(comparison.op == Operator::NotEqual) {
+        _positive.op = _negative ? Operator::Equal : comparison.op;
+    }
+
+    [[nodiscard]] bool Matches(const ContentDefinition& definition) const {
+        const ContentDefinition* each = &definition;
+        bool met = TextHolds(_positive, each->Name());
+        while (!met && _positive.field == Field::Class && each->Base() != nullptr) {
+            each = each->Base();
+            met = TextHolds(_positive, each->Name());
+        }
+        return met != _negative;
+    }
+
+  private:
+    Comparison _positive;
+    bool _negative;
+};
+
+bool Declares(const ContentDefinition& definition, std::string_view attribute) {
+    const auto& own = definition.Declaration().attributes;
+    return std::any_of(
+        own.begin(), own.end(), [&](const auto& each) { return each.name == attribute; });
+}
 
 bool IsOfDefinition(const Comparison& comparison) {
     return comparison.field == Field::Type || comparison.field == Field::Class ||
@@ -61,7 +92,7 @@ Operand Column(const char* expression,
 Operands::Operands(const catalogue::Catalogue& catalogue, Letters letters)
     : _catalogue(catalogue), _letters(letters) {}
 
-Operand Operands::Of(const Comparison& comparison) {
+Operand Operands::Of(const Comparison& comparison) const {
     RequireKnown(comparison);
     if (IsOfDefinition(comparison)) {
         return {.kind = Operand::Kind::Definition, .definitions = DefinitionsThatMeet(comparison)};
@@ -94,7 +125,7 @@ void Operands::RequireKnown(const Comparison& comparison) const {
     }
     const auto& definitions = _catalogue.Definitions();
     if (std::none_of(definitions.begin(), definitions.end(), [&](const auto& definition) {
-            return definition->FindAttribute(name) != nullptr;
+            return Declares(*definition, name);
         })) {
         throw UDMException("The query asks at character " + std::to_string(comparison.position) +
                            " for the attribute \"" + catalogue::Printable(name) +
@@ -102,22 +133,22 @@ void Operands::RequireKnown(const Comparison& comparison) const {
     }
 }
 
-std::vector<std::string> Operands::DefinitionsThatMeet(const Comparison& comparison) {
-    const auto& definitions = _catalogue.Definitions();
-    if (_lines.empty()) {
-        for (const auto& definition : definitions) {
-            auto& line = _lines.emplace_back();
-            for (const auto* each = definition.get(); each != nullptr; each = each->Base()) {
-                line.push_back(each->Name());
+std::vector<std::string> Operands::DefinitionsThatMeet(const Comparison& comparison) const {
+    std::vector<std::string> names;
+    const auto collect = [&](const auto& matches) {
+        for (const auto& definition : _catalogue.Definitions()) {
+            if (matches(*definition)) {
+                names.push_back(definition->Name());
             }
         }
-    }
-    const Evaluator evaluator(Tree({Node{}}, {comparison}), _letters);
-    std::vector<std::string> names;
-    for (std::size_t i = 0; i < definitions.size(); ++i) {
-        if (evaluator.Matches(DefinitionView(*definitions[i], _lines[i]))) {
-            names.push_back(definitions[i]->Name());
-        }
+    };
+    if (comparison.field == Field::Attribute) {
+        const Evaluator evaluator(Tree({Node{}}, {comparison}), _letters);
+        collect(
+            [&](const auto& definition) { return evaluator.Matches(DefinitionView(definition)); });
+    } else {
+        const LineFilter filter(comparison);
+        collect([&](const auto& definition) { return filter.Matches(definition); });
     }
     return names;
 }

@@ -33,22 +33,21 @@ struct Operand {
     std::vector<std::string> definitions = {};
 };
 
-// Makes operands; keeps what is asked of the catalogue more than once.
+// Makes operands.
 class Operands {
   public:
     Operands(const catalogue::Catalogue& catalogue, Letters letters);
 
     // Throws UDMException for an attribute that no definition has.
-    [[nodiscard]] Operand Of(const Comparison& comparison);
+    [[nodiscard]] Operand Of(const Comparison& comparison) const;
     [[nodiscard]] std::vector<std::string> ExcludedDefinitions() const;
 
   private:
-    [[nodiscard]] std::vector<std::string> DefinitionsThatMeet(const Comparison& comparison);
+    [[nodiscard]] std::vector<std::string> DefinitionsThatMeet(const Comparison& comparison) const;
     void RequireKnown(const Comparison& comparison) const;
 
     const catalogue::Catalogue& _catalogue;
     Letters _letters;
-    std::vector<std::vector<std::string>> _lines;  // per definition, as EntityView::Definitions
 };
 
 }  // namespace kxudm::query
