@@ -109,6 +109,7 @@ function budget_of(operation) {
   if (operation == "attribute edit") return "1.3"
   if (operation ~ /^check-out/) return "1.5"
   if (operation ~ /^query/) return "1.5"
+  if (operation == "children that meet a query") return "1.5"
   if (operation ~ /^full text/) return "1.5"
   if (operation ~ /^bulk creation/) return "2"
   if (operation ~ /^import of files/) return "2"

@@ -3,6 +3,7 @@
 #include <kxudm/UDMException.h>
 
 #include <algorithm>
+#include <iterator>
 #include <utility>
 
 #include "query/SqlCandidates.h"
@@ -190,6 +191,50 @@ class Filter {
     std::vector<SqlFragment> _moved;
 };
 
+// Whether an attribute that meets the comparison stands in head_attribute, with that value.
+bool IsOfHead(const Comparison& comparison, const Operand& operand) {
+    return operand.kind == Operand::Kind::Stored && comparison.op != Operator::NotEqual &&
+           !Condition(comparison, operand.letters).TakesMissing();
+}
+
+// A comparison that every hit must meet, if there is one of a head attribute; else null.
+const Comparison* HeadOf(const Tree& tree, const std::vector<Operand>& operands) {
+    if (tree.IsEmpty()) {
+        return nullptr;
+    }
+    const auto comparisonOf = [&](const Node& node) -> const Comparison* {
+        const bool fits = node.kind == Node::Kind::Compare &&
+                          IsOfHead(tree.Comparisons()[node.comparison], operands[node.comparison]);
+        return fits ? &tree.Comparisons()[node.comparison] : nullptr;
+    };
+    const Node& root = tree.Nodes().back();
+    if (root.kind != Node::Kind::And) {
+        return comparisonOf(root);
+    }
+    const Comparison* best = nullptr;
+    for (const std::size_t child : root.children) {
+        const Comparison* each = comparisonOf(tree.Nodes()[child]);
+        // Equality lets the fewest pass.
+        if (each != nullptr &&
+            (best == nullptr || (each->op == Operator::Equal && best->op != Operator::Equal))) {
+            best = each;
+        }
+    }
+    return best;
+}
+
+SqlFragment OfHeads(const Tree& tree, const std::vector<Operand>& operands) {
+    const Comparison* const head = HeadOf(tree, operands);
+    if (head == nullptr) {
+        return {};
+    }
+    Operand operand = operands[static_cast<std::size_t>(head - tree.Comparisons().data())];
+    // The entity's few values are looked through, not the many values of the attribute.
+    operand.expression = "+h.value";
+    SqlFragment sql = SqlFragment().Add("h.name = ").Bind(head->attribute).Add(" AND (");
+    return std::move(sql.Add(Predicate(Condition(*head, operand.letters), operand)).Add(")"));
+}
+
 }  // namespace
 
 store::Condition Compile(const Tree& tree,
@@ -200,6 +245,7 @@ store::Condition Compile(const Tree& tree,
     for (const Comparison& comparison : tree.Comparisons()) {
         operands.push_back(maker.Of(comparison));
     }
+    SqlFragment heads;
     std::vector<SqlFragment> parts;
     if (options.use == CompileOptions::Use::Search) {
         if (auto candidates = CandidatesOf(tree, operands, options.letters)) {
@@ -208,6 +254,8 @@ store::Condition Compile(const Tree& tree,
                                           .Add(Join(std::move(candidates->selects), " UNION ALL "))
                                           .Add(")")));
         }
+    } else {
+        heads = OfHeads(tree, operands);
     }
     const auto excluded = maker.ExcludedDefinitions();
     if (!options.withExcluded && !excluded.empty()) {
@@ -218,12 +266,14 @@ store::Condition Compile(const Tree& tree,
             std::move(SqlFragment().Add("(").Add(Filter(tree, operands).Build()).Add(")")));
     }
     SqlFragment sql = Join(std::move(parts), " AND ");
-    if (sql.values.size() > dialect::MAX_VALUES) {
-        throw UDMException("The query needs " + std::to_string(sql.values.size()) +
+    std::vector<sql::Value> values = std::move(heads.values);
+    std::move(sql.values.begin(), sql.values.end(), std::back_inserter(values));
+    if (values.size() > dialect::MAX_VALUES) {
+        throw UDMException("The query needs " + std::to_string(values.size()) +
                            " values in the database, where " + std::to_string(dialect::MAX_VALUES) +
                            " are the most; name fewer definitions or use fewer comparisons");
     }
-    return {std::move(sql.text), std::move(sql.values)};
+    return {std::move(sql.text), std::move(values), std::move(heads.text)};
 }
 
 }  // namespace kxudm::query

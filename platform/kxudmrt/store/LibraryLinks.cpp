@@ -48,7 +48,7 @@ struct Borne {
     // SQL for what has no named statement: a condition, or intervals that are closed.
     [[nodiscard]] std::string Text(const char* columns, const char* from, bool ordered) const {
         std::string text = std::string(columns) + from + (AllNames() ? "" : " AND l.name = ?6") +
-                           AndCondition(condition);
+                           AndCondition(condition, "l.second");
         return ordered ? text + " ORDER BY l.name, l.position" : text;
     }
 };
@@ -164,7 +164,7 @@ struct Laid {
 
     [[nodiscard]] std::string Text(const char* columns, bool ordered) const {
         return std::string(columns) + statements::LAID_FROM + " AND (?5 = '' OR l.name = ?5)" +
-               AndCondition(condition) + (ordered ? " ORDER BY l.first" : "");
+               AndCondition(condition, "l.first") + (ordered ? " ORDER BY l.first" : "");
     }
 };
 

@@ -75,8 +75,13 @@ void BindCondition(sql::Statement& statement, const Condition& condition, int fi
     }
 }
 
-std::string AndCondition(const Condition& condition) {
-    return condition.Empty() ? std::string() : " AND (" + condition.sql + "\n)";
+std::string AndCondition(const Condition& condition, const char* entity) {
+    std::string text;
+    if (!condition.heads.empty()) {
+        text = std::string(" AND EXISTS (SELECT 1 FROM head_attribute h WHERE h.entity = ") +
+               entity + " AND " + condition.heads + "\n)";
+    }
+    return condition.Empty() ? text : text + " AND (" + condition.sql + "\n)";
 }
 
 }  // namespace kxudm::store

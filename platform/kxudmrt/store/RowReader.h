@@ -52,7 +52,8 @@ Row& AddRow(std::vector<Row>& rows) {
 void BindCondition(sql::Statement& statement, const Condition& condition, int first);
 
 // Parentheses keep an "or" of the condition to itself; the line end closes a comment in it.
-[[nodiscard]] std::string AndCondition(const Condition& condition);
+// `entity` is the column that names the entity earliest.
+[[nodiscard]] std::string AndCondition(const Condition& condition, const char* entity = "e.id");
 
 }  // namespace kxudm::store
 

@@ -153,6 +153,9 @@ struct Link {
 struct Condition {
     std::string sql = {};
     std::vector<sql::Value> values = {};
+    // If not empty, what a head attribute `h` of every entity that meets the condition meets:
+    // listings ask it first, before they look at the entity. Its values come before the others.
+    std::string heads = {};
 
     [[nodiscard]] bool Empty() const noexcept { return sql.empty(); }
 };

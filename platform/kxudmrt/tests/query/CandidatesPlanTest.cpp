@@ -24,7 +24,8 @@ class Plans : public QueryLibrary {
                                                 kxudm::store::statements::LAID_FROM;
         kxudm::sql::Statement explain(store_->Connection(),
                                       "EXPLAIN QUERY PLAN " + before +
-                                          kxudm::store::AndCondition(Compiled(text, letters, use)) +
+                                          kxudm::store::AndCondition(Compiled(text, letters, use),
+                                                                     search ? "e.id" : "l.first") +
                                           (search ? " ORDER BY e.id" : " ORDER BY l.first"));
         std::string plan;
         while (explain.Step()) {
@@ -137,6 +138,30 @@ TEST_F(Plans, NegationsAndMissingValuesLookAtEveryEntity) {
                              "attrib.smd_user == anna"}) {
         EXPECT_THAT(Plan(text), HasSubstr("SCAN e")) << text;
         EXPECT_THAT(Plan(text, Letters::Folded), HasSubstr("SCAN e")) << text;
+    }
+}
+
+// What a hit must have is looked up among the child's own values, before the child itself is read.
+TEST_F(Plans, AListingAsksForAnAttributeBeforeItReadsTheChild) {
+    for (const char* text : {"attrib.displayname like part",
+                             "type == Part && attrib.displayname == x",
+                             "attrib.mass > 5 && attrib.mass < 9"}) {
+        const std::string plan = Plan(text, Letters::Exact, CompileOptions::Use::Listing);
+        const auto value = plan.find("SEARCH h USING PRIMARY KEY (entity=? AND name=?");
+        ASSERT_NE(value, std::string::npos) << plan;
+        EXPECT_THAT(plan, Not(HasSubstr("head_attribute_value"))) << plan;
+        EXPECT_FALSE(Compiled(text, Letters::Exact, CompileOptions::Use::Listing).heads.empty());
+    }
+}
+
+TEST_F(Plans, AListingAsksForNoAttributeThatAHitMayLack) {
+    for (const char* text : {"attrib.mass != 5",
+                             "!attrib.mass == 5",
+                             "attrib.mass == 5 || name == a",
+                             "attrib.displayname == \"\"",
+                             "name == a",
+                             ""}) {
+        EXPECT_EQ(Compiled(text, Letters::Exact, CompileOptions::Use::Listing).heads, "") << text;
     }
 }
 
