@@ -1,5 +1,5 @@
 // Every statement that a session runs often is served by an index and in the index's order.
-#include "LibraryFixture.h"
+#include "QueryPlans.h"
 #include "store/FileStatements.h"
 #include "store/MaintenanceStatements.h"
 #include "store/RevisionStatements.h"
@@ -11,29 +11,7 @@ using testing::Not;
 
 namespace {
 
-struct Hot {
-    const char* name;
-    std::string text;
-};
-
-void PrintTo(const Hot& hot, std::ostream* out) {
-    *out << hot.name;
-}
-
 class QueryPlan : public LibraryFixture, public testing::WithParamInterface<Hot> {};
-
-Hot Named(const sql::NamedStatement& statement) {
-    return {statement.name, statement.text};
-}
-
-std::string Plan(sql::Connection& connection, const std::string& text) {
-    sql::Statement explain(connection, "EXPLAIN QUERY PLAN " + text);
-    std::string plan;
-    while (explain.Step()) {
-        plan += explain.String(3) + "\n";
-    }
-    return plan;
-}
 
 }  // namespace
 
@@ -53,12 +31,7 @@ TEST_F(LibraryFixture, ANameInAFolderIsLookedUpWithoutWalkingTheFolder) {
 TEST_F(LibraryFixture, APublishLooksThroughTheLinksThatWaitForTheirEnd) {
     const std::string plan = Plan(store_->Connection(), statements::OWNED_TWICE.text);
     EXPECT_THAT(plan, HasSubstr("SCAN e USING INDEX link_ending"));
-    std::size_t scans = 0;
-    for (std::size_t at = plan.find("SCAN"); at != std::string::npos;
-         at = plan.find("SCAN", at + 1)) {
-        ++scans;
-    }
-    EXPECT_EQ(scans, 1U) << plan;
+    EXPECT_EQ(CountOf(plan, "SCAN"), 1U) << plan;
 }
 
 // However many links the entity has.
@@ -173,13 +146,7 @@ INSTANTIATE_TEST_SUITE_P(
         Hot{"name query", std::string(statements::QUERY_FROM) + " AND (e.name = ?) ORDER BY e.id"},
         Hot{"definition query",
             std::string(statements::QUERY_FROM) + " AND (e.definition = ?) ORDER BY e.id"}),
-    [](const testing::TestParamInfo<Hot>& parameter) {
-        std::string name = parameter.param.name;
-        for (char& letter : name) {
-            letter = std::isalnum(static_cast<unsigned char>(letter)) != 0 ? letter : '_';
-        }
-        return name;
-    });
+    NameOf);
 
 TEST_F(LibraryFixture, ALinkIsFoundByBothEndsNotByOneOfThemAlone) {
     for (const auto* named : {&statements::HAS_LINK,
