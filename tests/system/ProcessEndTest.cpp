@@ -20,7 +20,7 @@ TEST(ProcessEnd, StaticObjectsOfAHostMayHoldSessionsUntilTheEnd) {
         {
             static std::unique_ptr<Kept> kept;
             kept = std::make_unique<Kept>();
-            kept->host.Create("Library")->CreateContent("Document", "Report");
+            kept->host.Create("Library");
             std::exit(3);
         },
         ::testing::ExitedWithCode(3),

@@ -19,7 +19,8 @@ struct Held {
 };
 
 Held& All() {
-    static Held held;
+    // Never destroyed: sessions of a host's static objects give their files back last.
+    static Held& held = *new Held;
     return held;
 }
 
