@@ -15,6 +15,9 @@ namespace kxudm::exchange {
 // Version of the container. A reader knows its own and all before.
 inline constexpr unsigned kArchiveVersion = 1;
 
+// How much of an archive, an entry or a document is in memory at a time.
+inline constexpr std::size_t kPiece = std::size_t{256} << 10;
+
 inline constexpr std::string_view kFileFolder = "files/";
 
 // The seal is the comment of the ZIP file: kSealMark, the version, " sha256 ", and the digits of

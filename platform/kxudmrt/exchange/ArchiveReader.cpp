@@ -23,7 +23,6 @@ namespace {
 // look ahead for the end of that entry.
 constexpr std::string_view kDirectoryStart("PK\1\2\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0",
                                            28);
-constexpr std::size_t kInput = std::size_t{256} << 10;
 // Below this an entry may shrink as much as it likes.
 constexpr std::uint64_t kRatioFrom = std::uint64_t{1} << 20;
 
@@ -35,7 +34,7 @@ bool Same(const vault::FileStatus& one, const vault::FileStatus& other) {
 class Input {
   public:
     Input(vault::FileLayer& files, const std::string& path)
-        : files_(files), handle_(files), buffer_(std::make_unique_for_overwrite<char[]>(kInput)) {
+        : files_(files), handle_(files), buffer_(std::make_unique_for_overwrite<char[]>(kPiece)) {
         vault::FileHandle first(files_);
         Open(path, first);
         before_ = files_.Status(first.File());
@@ -87,7 +86,7 @@ class Input {
     // At least one byte and at most `most`.
     std::string_view Next(std::uint64_t most) {
         if (available_.empty()) {
-            const std::size_t count = files_.Read(handle_.File(), buffer_.get(), kInput);
+            const std::size_t count = files_.Read(handle_.File(), buffer_.get(), kPiece);
             if (count == 0) {
                 RefuseChanged();
             }

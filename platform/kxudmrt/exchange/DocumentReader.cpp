@@ -8,9 +8,9 @@
 #include <utility>
 
 #include "catalogue/Value.h"
-#include "exchange/DocumentWords.h"
+#include "exchange/DocumentGrammar.h"
 #include "exchange/DocumentWriter.h"
-#include "exchange/EntityCheck.h"
+#include "exchange/RecordBuilder.h"
 #include "exchange/Tag.h"
 #include "exchange/Text.h"
 
@@ -22,64 +22,15 @@ constexpr std::size_t kMostLevels = 12;
 // How far the parser may read on without an event: a tag that does not end.
 constexpr std::size_t kMostBehind = 4 * kLongestTag;
 
-enum class Element {
-    Document,  // what is around the root
-    Library,
-    Definitions,
-    Definition,  // and all below it
-    Entities,
-    Entity,
-    Revision,
-    SavePoint,
-    Attribute,
-    Item,
-    File,
-    Links,
-    Of,
-    Link,
-    End
-};
-
-struct Place {
-    Element parent;
-    std::string_view name;
-    Element element;
-};
-
-constexpr std::array<Place, 13> kPlaces{{{Element::Document, "library", Element::Library},
-                                         {Element::Library, "definitions", Element::Definitions},
-                                         {Element::Library, "entities", Element::Entities},
-                                         {Element::Library, "links", Element::Links},
-                                         {Element::Library, "end", Element::End},
-                                         {Element::Entities, "entity", Element::Entity},
-                                         {Element::Entity, "revision", Element::Revision},
-                                         {Element::Entity, "file", Element::File},
-                                         {Element::Revision, "savepoint", Element::SavePoint},
-                                         {Element::Revision, "attribute", Element::Attribute},
-                                         {Element::Attribute, "item", Element::Item},
-                                         {Element::Links, "of", Element::Of},
-                                         {Element::Of, "link", Element::Link}}};
-
-// Parts of the document in their order.
-constexpr std::array<Element, 4> kParts{
-    Element::Definitions, Element::Entities, Element::Links, Element::End};
-
-std::string ExpectedIn(Element parent) {
-    std::string names;
-    for (const Place& place : kPlaces) {
-        if (place.parent == parent) {
-            names += (names.empty() ? "<" : " or <") + std::string(place.name) + ">";
-        }
-    }
-    return names.empty() ? "no element" : names;
-}
-
 }  // namespace
 
 class DocumentReader::Parser {
   public:
     Parser(DocumentHandler& handler, std::string name)
-        : handler_(handler), name_(std::move(name)), parser_(XML_ParserCreate("UTF-8")) {
+        : handler_(handler),
+          name_(std::move(name)),
+          parser_(XML_ParserCreate("UTF-8")),
+          records_(handler) {
         if (parser_ == nullptr) {
             throw std::bad_alloc();
         }
@@ -179,13 +130,8 @@ class DocumentReader::Parser {
 
     [[nodiscard]] Element ElementOf(std::string_view name) const {
         const Element parent = Parent();
-        if (parent == Element::Definitions || parent == Element::Definition) {
-            return Element::Definition;
-        }
-        for (const Place& place : kPlaces) {
-            if (place.parent == parent && place.name == name) {
-                return place.element;
-            }
+        if (const std::optional<Element> element = ElementIn(parent, name)) {
+            return *element;
         }
         Refuse("<" + catalogue::Printable(name) + "> stands where it can't; expected " +
                ExpectedIn(parent));
@@ -213,11 +159,7 @@ class DocumentReader::Parser {
     void RequirePart(Element element) {
         if (part_ == kParts.size() || kParts[part_] != element) {
             const std::string_view next =
-                part_ == kParts.size()
-                    ? "</library"
-                    : std::find_if(kPlaces.begin(), kPlaces.end(), [&](const Place& place) {
-                          return place.element == kParts[part_];
-                      })->name;
+                part_ == kParts.size() ? "</library" : NameOfPart(kParts[part_]);
             Refuse("the parts of the document are not in their order; expected <" +
                    std::string(next) + ">");
         }
@@ -225,41 +167,10 @@ class DocumentReader::Parser {
     }
 
     void Read(Element element, Tag& tag) {
-        switch (element) {
-            case Element::Library:
-                ReadLibrary(tag);
-                break;
-            case Element::Entity:
-                ReadEntity(tag);
-                break;
-            case Element::Revision:
-                ReadRevision(tag);
-                break;
-            case Element::SavePoint:
-                ReadSavePoint(tag);
-                break;
-            case Element::Attribute:
-                ReadAttribute(tag);
-                break;
-            case Element::Item:
-                if (type_ != kxVariant::STRINGLIST) {
-                    Refuse("<item> stands in a value that is no list; expected text");
-                }
-                break;
-            case Element::File:
-                ReadFile(tag);
-                break;
-            case Element::Of:
-                ReadOf(tag);
-                break;
-            case Element::Link:
-                ReadLink(tag);
-                break;
-            case Element::End:
-                ReadEnd(tag);
-                break;
-            default:
-                break;
+        if (element == Element::Library) {
+            ReadLibrary(tag);
+        } else {
+            records_.Read(element, tag);
         }
     }
 
@@ -271,24 +182,24 @@ class DocumentReader::Parser {
                 if (part_ != kParts.size()) {
                     Refuse("the document ends too early; expected <end>");
                 }
-                handler_.End(counts_);
+                handler_.End(records_.Counts());
                 break;
             case Element::Definitions:
                 definitions_ += "</catalogue>";
-                handler_.Begin(scope_, std::exchange(definitions_, {}));
+                handler_.Begin(records_.GetScope(), std::exchange(definitions_, {}));
                 break;
             case Element::Definition:
                 AppendXmlEscaped(definitions_, text_);
                 definitions_ += "</" + std::string(name) + ">";
                 break;
             case Element::Entity:
-                StopEntity();
+                records_.EndEntity();
                 break;
             case Element::Attribute:
-                StopAttribute();
+                records_.EndAttribute(text_);
                 break;
             case Element::Item:
-                list_.push_back(TakeText());
+                records_.AddItem(text_);
                 break;
             default:
                 break;
@@ -299,7 +210,7 @@ class DocumentReader::Parser {
     void Text(std::string_view text) {
         const Element parent = Parent();
         const bool counts = parent == Element::Item || parent == Element::Definition ||
-                            (parent == Element::Attribute && type_ != kxVariant::STRINGLIST);
+                            (parent == Element::Attribute && !records_.InList());
         if (!counts) {
             if (text.find_first_not_of(" \t\r\n") != std::string_view::npos) {
                 Refuse("there is text where none can be; expected " + ExpectedIn(parent));
@@ -311,28 +222,6 @@ class DocumentReader::Parser {
                    " bytes; expected a shorter one");
         }
         text_ += text;
-    }
-
-    std::string TakeText() {
-        std::optional<std::string> text = Unescaped(text_);
-        if (!text) {
-            Refuse(
-                "a text has a backslash that begins no escape, or one that was not needed; "
-                "expected \"\\\\\" for a backslash");
-        }
-        Spend(text_.size());
-        text_.clear();
-        return std::move(*text);
-    }
-
-    // Of the entity's share of memory.
-    void Spend(std::size_t bytes) {
-        constexpr std::size_t eachRecord = 256;
-        spent_ += bytes + eachRecord;
-        if (spent_ > kLargestEntity) {
-            Refuse("an entity says more than " + std::to_string(kLargestEntity) +
-                   " bytes; expected less");
-        }
     }
 
     // --- Definitions, which the catalogue's own reader checks ---
@@ -355,7 +244,7 @@ class DocumentReader::Parser {
         }
     }
 
-    // --- Records ---
+    // --- Head ---
 
     void ReadLibrary(Tag& tag) {
         const std::int64_t version =
@@ -365,191 +254,8 @@ class DocumentReader::Parser {
                    std::to_string(kDocumentVersion) +
                    ", so read it with a newer version of this program");
         }
-        scope_ = static_cast<Scope>(tag.Number("scope", 0, 2));
+        records_.SetScope(static_cast<Scope>(tag.Number("scope", 0, 2)));
         definitions_ = "<catalogue version=\"1\">";
-    }
-
-    void ReadEntity(Tag& tag) {
-        entity_ = {};
-        spent_ = 0;
-        entity_.uid = tag.Uid("uid");
-        entity_.definition = tag.Name("definition");
-        entity_.name = tag.Text("name");
-        entity_.versioned = tag.Flag("versioned", true);
-        entity_.created = tag.Time("created");
-        entity_.creator = tag.Text("creator");
-        entity_.workspace = tag.Text("workspace");
-        if (tag.Has("origin")) {
-            entity_.branchUid = tag.Uid("origin");
-            entity_.branchRevision = tag.RevisionNumber("originrevision");
-        }
-        Spend(entity_.name.size());
-    }
-
-    void ReadRevision(Tag& tag) {
-        if (!entity_.files.empty()) {
-            Refuse("a revision stands behind files; expected revisions first");
-        }
-        RevisionRecord& revision = entity_.revisions.emplace_back();
-        revision.number = tag.RevisionNumber("number");
-        revision.displayName = tag.Text("displayname");
-        revision.created = tag.Time("created");
-        revision.creator = tag.Text("creator");
-        revision.modified = tag.Time("modified");
-        revision.modifier = tag.Text("modifier");
-        if (entity_.versioned) {
-            revision.published = tag.Time("published");
-            revision.publisher = tag.Text("publisher");
-        }
-        revision.workspace = tag.Text("workspace");
-        revision.comment = tag.Text("comment");
-        Spend(revision.displayName.size() + revision.comment.size());
-        ++counts_.revisions;
-    }
-
-    void ReadSavePoint(Tag& tag) {
-        RevisionRecord& revision = entity_.revisions.back();
-        if (!revision.attributes.empty()) {
-            Refuse("a save point stands behind attributes; expected save points first");
-        }
-        SavePointRecord& point = revision.savePoints.emplace_back();
-        point.time = tag.Time("time");
-        point.user = tag.Text("user");
-        point.comment = tag.Text("comment");
-        Spend(point.comment.size());
-    }
-
-    void ReadAttribute(Tag& tag) {
-        attribute_ = tag.Name("name");
-        type_ = kxVariant::EMPTY;
-        list_ = {};
-        if (const auto type = tag.OptionalText("type")) {
-            const auto found = std::find_if(kValueTypes.begin(),
-                                            kValueTypes.end(),
-                                            [&](const auto& word) { return word.second == *type; });
-            if (found == kValueTypes.end()) {
-                Refuse("the type \"" + catalogue::Printable(*type) +
-                       "\" is unknown; expected Boolean, Double, Float, Integer, String or "
-                       "StringList");
-            }
-            type_ = found->first;
-        }
-        store::AttributeList& attributes = entity_.revisions.back().attributes;
-        if (!attributes.empty() && !(attributes.back().first < attribute_)) {
-            Refuse("the attribute \"" + catalogue::Printable(attribute_) +
-                   "\" is not behind the one before it; expected each once, in byte order");
-        }
-        Spend(attribute_.size());
-    }
-
-    void StopAttribute() {
-        entity_.revisions.back().attributes.emplace_back(attribute_, ValueOf());
-    }
-
-    kxVariant ValueOf() {
-        if (type_ == kxVariant::STRINGLIST) {
-            return kxVariant(std::exchange(list_, {}));
-        }
-        const std::string text = TakeText();
-        switch (type_) {
-            case kxVariant::STRING:
-                return kxVariant(text);
-            case kxVariant::BOOLEAN:
-                if (text == "true" || text == "false") {
-                    return kxVariant(text == "true");
-                }
-                break;
-            case kxVariant::INTEGER:
-                if (const auto number = IntegerOf(text)) {
-                    return kxVariant(static_cast<long long>(*number));
-                }
-                break;
-            case kxVariant::DOUBLE:
-            case kxVariant::FLOAT:
-                if (const auto number = DoubleOf(text)) {
-                    return type_ == kxVariant::DOUBLE ? kxVariant(*number)
-                                                      : kxVariant(static_cast<float>(*number));
-                }
-                break;
-            default:
-                if (text.empty()) {
-                    return {};
-                }
-        }
-        Refuse("\"" + catalogue::Printable(text) + "\" is no value of the attribute \"" +
-               catalogue::Printable(attribute_) + "\"; expected one of its type, in its one form");
-    }
-
-    void ReadFile(Tag& tag) {
-        FileRecord& file = entity_.files.emplace_back();
-        file.name = tag.Name("name");
-        if (tag.Has("path")) {
-            file.externalPath = tag.Name("path");
-        } else {
-            file.hash = tag.Name("sha256");
-        }
-        file.size = static_cast<std::uint64_t>(
-            tag.Number("size", 0, std::numeric_limits<std::int64_t>::max()));
-        file.modified = tag.Time("modified");
-        file.added = tag.Time("added");
-        file.isText = tag.Flag("text", false);
-        file.from = tag.RevisionNumber("from");
-        file.to = tag.RevisionNumber("to", kOpen);
-        Spend(file.name.size() + file.externalPath.size());
-        ++counts_.files;
-    }
-
-    void StopEntity() {
-        if (const std::string problem = ProblemOf(entity_, scope_); !problem.empty()) {
-            Refuse(problem);
-        }
-        ++counts_.entities;
-        handler_.Entity(std::exchange(entity_, {}));
-    }
-
-    void ReadOf(Tag& tag) { first_ = tag.Uid("uid"); }
-
-    void ReadLink(Tag& tag) {
-        LinkRecord link;
-        const std::string kind = tag.Text("kind");
-        const auto found = std::find_if(kLinkKinds.begin(),
-                                        kLinkKinds.end(),
-                                        [&](const auto& word) { return word.second == kind; });
-        if (found == kLinkKinds.end()) {
-            Refuse("the kind of link \"" + catalogue::Printable(kind) +
-                   "\" is unknown; expected owner, reference, folder, category or relation");
-        }
-        link.kind = found->first;
-        link.name = tag.OptionalText("name").value_or("");
-        link.other = tag.Uid("uid");
-        link.from = tag.RevisionNumber("from");
-        link.to = tag.RevisionNumber("to", kOpen);
-        link.exact = tag.RevisionNumber("exact", store::NO_REVISION);
-        link.composition = tag.Flag("composition", false);
-        if (const std::string problem = ProblemOf(link); !problem.empty()) {
-            Refuse(problem);
-        }
-        ++counts_.links;
-        handler_.Link(first_, std::move(link));
-    }
-
-    void ReadEnd(Tag& tag) {
-        const auto count = [&](std::string_view name) {
-            return static_cast<std::uint64_t>(
-                tag.Number(name, 0, std::numeric_limits<std::int64_t>::max()));
-        };
-        DocumentCounts counts;
-        counts.entities = count("entities");
-        counts.revisions = count("revisions");
-        counts.files = count("files");
-        counts.links = count("links");
-        if (counts != counts_) {
-            Refuse("the counts at the end are not those of the document; expected " +
-                   std::to_string(counts_.entities) + " entities, " +
-                   std::to_string(counts_.revisions) + " revisions, " +
-                   std::to_string(counts_.files) + " files and " + std::to_string(counts_.links) +
-                   " links");
-        }
     }
 
     DocumentHandler& handler_;
@@ -560,18 +266,11 @@ class DocumentReader::Parser {
 
     std::vector<Element> levels_;
     std::size_t part_ = 0;
-    Scope scope_ = Scope::AllWithFiles;
-    DocumentCounts counts_;
     std::string definitions_;
     XML_Size definitionLine_ = 1;
 
     std::string text_;  // of the innermost element
-    EntityRecord entity_;
-    std::size_t spent_ = 0;
-    kxString attribute_;
-    kxVariant::Kind type_ = kxVariant::EMPTY;
-    kxStlVector<kxString> list_;
-    std::string first_;
+    RecordBuilder records_;
 };
 
 DocumentReader::DocumentReader(DocumentHandler& handler, std::string name)

@@ -11,7 +11,6 @@
 namespace kxudm::exchange {
 namespace {
 
-constexpr std::string_view DISPLAY_NAME = "displayname";
 constexpr int OPEN = kOpen;
 
 template <typename... Values>
@@ -78,18 +77,6 @@ void InsertFile(
         TextOrNull(file.externalPath));
 }
 
-void SetHeads(store::LibraryStore& store,
-              store::EntityId id,
-              const RevisionRecord& newest,
-              const store::AttributeList& shown) {
-    for (const auto& [name, value] : shown) {
-        if (!value.IsEmpty()) {
-            store.SetHeadValue(id, false, name, value);
-        }
-    }
-    store.SetHeadValue(id, false, DISPLAY_NAME, kxVariant(newest.displayName));
-}
-
 }  // namespace
 
 bool HasAnyEntity(store::LibraryStore& store) {
@@ -133,7 +120,7 @@ store::EntityId ImportEntity(store::LibraryStore& store,
     for (const RevisionRecord& revision : entity.revisions) {
         InsertRevision(store, id, entity, revision);
     }
-    SetHeads(store, id, entity.revisions.back(), shown);
+    store.AddHeadValues(id, false, shown, entity.revisions.back().displayName);
     for (const FileRecord& file : entity.files) {
         InsertFile(store, id, file, file.from, file.to);
     }
@@ -155,7 +142,7 @@ void AppendRevisions(store::LibraryStore& store,
     const RevisionRecord& newest = entity.revisions.back();
     Run(store, store::statements::SET_NEWEST, id, newest.number);
     Run(store, store::statements::DROP_HEADS, id);
-    SetHeads(store, id, newest, shown);
+    store.AddHeadValues(id, false, shown, newest.displayName);
     for (const FileRecord& file : entity.files) {
         if (file.to <= first) {
             continue;

@@ -1,14 +1,11 @@
 #include "profile/ArchiveExport.h"
 
+#include "exchange/ArchiveFormat.h"
 #include "vault/DocumentName.h"
 
 namespace kxudm::profile {
 
-namespace {
-
-constexpr std::size_t kBlock = std::size_t{256} << 10;
-
-}  // namespace
+namespace {}  // namespace
 
 ArchiveExport::ArchiveExport(Session& session, const kxString& path, exchange::Scope scope)
     : _session(session),
@@ -16,7 +13,7 @@ ArchiveExport::ArchiveExport(Session& session, const kxString& path, exchange::S
       _archive(session.Vaults().Files(), path),
       _selection(session.Store(), scope),
       _progress(session.ProgressListener(), "The export to '" + vault::Printable(path) + "'"),
-      _block(std::make_unique_for_overwrite<char[]>(kBlock)) {}
+      _block(std::make_unique_for_overwrite<char[]>(exchange::kPiece)) {}
 
 void ArchiveExport::Run(const kxStlVector<kxString>& uids) {
     Run([&](exchange::ExportSelection& /*selection*/) { SelectUids(uids); }, Places::Taken);
@@ -89,7 +86,7 @@ void ArchiveExport::WriteContents() {
 void ArchiveExport::WriteContent(const exchange::NotedContent& content) {
     const auto reader = _session.Vaults().In(content.vault).Open(content.hash);
     _archive.Begin(exchange::FileEntry(content.hash), content.size);
-    while (const std::size_t count = reader->Read(_block.get(), kBlock)) {
+    while (const std::size_t count = reader->Read(_block.get(), exchange::kPiece)) {
         _archive.Write({_block.get(), count});
         _progress.Advance(count);
     }

@@ -2,7 +2,9 @@
 
 #include <utility>
 
+#include "exchange/ArchiveFormat.h"
 #include "exchange/ArchiveWriter.h"
+#include "exchange/Records.h"
 #include "profile/DefinitionChange.h"
 #include "profile/ImportDefinitions.h"
 #include "profile/Neighbours.h"
@@ -20,8 +22,6 @@ using exchange::ArchiveException;
 using exchange::DocumentHandler;
 using exchange::EntityRecord;
 using exchange::LinkRecord;
-
-constexpr std::size_t kBlock = std::size_t{256} << 10;
 
 // The content of an entry, on its way into the vault.
 class Entry final : public vault::Source {
@@ -55,10 +55,13 @@ store::EntityId Youngest(store::LibraryStore& store) {
 
 }  // namespace
 
-// What can be said of the document without changing the library.
+// What can be said of the document without changing the library. Puts its records aside.
 class ArchiveImport::Scan final : public DocumentHandler {
   public:
-    explicit Scan(ArchiveImport& import) : _import(import) {}
+    explicit Scan(ArchiveImport& import)
+        : _import(import), _records([&import](std::string_view bytes) {
+              import._document->Write(bytes.data(), bytes.size());
+          }) {}
 
     void Begin(exchange::Scope /*scope*/, std::string&& catalogueXml) override {
         _import._definitions = catalogue::Catalogue::ReadText(
@@ -77,17 +80,23 @@ class ArchiveImport::Scan final : public DocumentHandler {
         if (_import._definitions->Get(entity.definition).Type() == FOLDER_TYPE) {
             _import._folders.Note(entity);
         }
+        _records.Entity(entity);
     }
     void Link(const std::string& first, LinkRecord&& link) override {
         _import._folders.NoteLink(first, link);
+        _records.Link(first, link);
     }
-    void End(const exchange::DocumentCounts& counts) override { _import._counts = counts; }
+    void End(const exchange::DocumentCounts& counts) override {
+        _import._counts = counts;
+        _import._documentHash = _records.Finish(counts);
+    }
 
   private:
     ArchiveImport& _import;
+    exchange::RecordWriter _records;
 };
 
-// The same document for the second time: into the library.
+// The same records for the second time: into the library.
 class ArchiveImport::Rows final : public DocumentHandler {
   public:
     Rows(ArchiveImport& import, const catalogue::Catalogue& catalogue)
@@ -118,7 +127,7 @@ ArchiveImport::ArchiveImport(Session& session, const kxString& path, UDMImportRe
       _path(path),
       _report(report),
       _progress(session.ProgressListener(), "The import of '" + vault::Printable(path) + "'"),
-      _block(std::make_unique_for_overwrite<char[]>(kBlock)),
+      _block(std::make_unique_for_overwrite<char[]>(exchange::kPiece)),
       _contents(session.Store(), _path),
       _folders(session.Store()) {}
 
@@ -141,9 +150,8 @@ void ArchiveImport::ReadDocument() {
     _document = _session.Vaults().In({}).NewTemporary();
     Scan scan(*this);
     exchange::DocumentReader reader(scan, _path + ", " + std::string(exchange::kDocumentEntry));
-    while (const std::size_t count = _archive->Read(_block.get(), kBlock)) {
+    while (const std::size_t count = _archive->Read(_block.get(), exchange::kPiece)) {
         reader.Feed({_block.get(), count});
-        _document->Write(_block.get(), count);
     }
     reader.Finish();
     _document->Close();
@@ -249,11 +257,11 @@ void ArchiveImport::ReadAgain(DocumentHandler& handler) {
                                 "', in which the document of '" + vault::Printable(_path) +
                                 "' was put aside, is gone; import again");
     }
-    exchange::DocumentReader reader(handler, _path + ", " + std::string(exchange::kDocumentEntry));
-    while (const std::size_t count = files.Read(file.File(), _block.get(), kBlock)) {
-        reader.Feed({_block.get(), count});
-    }
-    reader.Finish();
+    exchange::ReadRecords(
+        [&](char* bytes, std::size_t size) { return files.Read(file.File(), bytes, size); },
+        _documentHash,
+        "'" + vault::Printable(_path) + "'",
+        handler);
 }
 
 // Contents that came into the vault and that no row names, here or in a library beside this one:

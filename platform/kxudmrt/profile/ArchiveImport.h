@@ -2,7 +2,8 @@
 // vault, and then writes all rows in one transaction.
 //
 // Layer: profile. Until that transaction the library isn't touched and other sessions can write.
-// The document is put aside while it is read for the first time, so that the archive is read once.
+// The document's records are put aside while it is read, so that neither the archive nor the
+// document is read twice.
 // Memory grows with what is told afterwards: the new revisions of what the library had before.
 #pragma once
 
@@ -57,7 +58,8 @@ class ArchiveImport {
     std::unique_ptr<char[]> _block;
 
     std::optional<exchange::ArchiveReader> _archive;
-    std::unique_ptr<vault::TemporaryFile> _document;
+    std::unique_ptr<vault::TemporaryFile> _document;  // its records
+    std::string _documentHash;
     CataloguePtr _definitions;  // of the archive
     exchange::DocumentCounts _counts;
     ArrivingContents _contents;

@@ -31,10 +31,16 @@ void LinkImport::Begin(const std::string& first) {
         throw UDMException("The archive has links of " + first +
                            ", which is not in it; expected links of its entities only");
     }
-    exchange::KnownEntity known;
-    _definition = _arrival.mode != ArrivalMode::Left && exchange::FindKnown(_store, first, known)
-                      ? &_catalogue.Get(known.definition)
-                      : nullptr;
+    _definition = nullptr;
+}
+
+const catalogue::ContentDefinition& LinkImport::Definition() {
+    if (_definition == nullptr) {
+        exchange::KnownEntity known;
+        static_cast<void>(exchange::FindKnown(_store, _first, known));
+        _definition = &_catalogue.Get(known.definition);
+    }
+    return *_definition;
 }
 
 void LinkImport::Take(const std::string& first, const LinkRecord& link) {
@@ -42,7 +48,7 @@ void LinkImport::Take(const std::string& first, const LinkRecord& link) {
         Begin(first);
     }
     ImportedLink made;
-    if (_definition == nullptr || !ToLocal(link, made)) {
+    if (_arrival.mode == ArrivalMode::Left || !ToLocal(link, made)) {
         return;
     }
     RequireFitting(link);
@@ -64,16 +70,17 @@ void LinkImport::Take(const std::string& first, const LinkRecord& link) {
     }
 }
 
-void LinkImport::RequireFitting(const LinkRecord& link) const {
+void LinkImport::RequireFitting(const LinkRecord& link) {
     if (link.kind != LinkKind::Owner && link.kind != LinkKind::Reference) {
         return;
     }
-    const catalogue::GroupDefinition* const group = _definition->FindGroup(link.name);
+    const catalogue::ContentDefinition& definition = Definition();
+    const catalogue::GroupDefinition* const group = definition.FindGroup(link.name);
     const bool fits = group != nullptr && KindOfCategory(group->category) == link.kind &&
                       group->composition == link.composition;
     if (!fits) {
         throw UDMException("The archive's link " + TextOf(link) + " of " + _first +
-                           " doesn't fit the content definition \"" + _definition->Name() +
+                           " doesn't fit the content definition \"" + definition.Name() +
                            "\"; expected a group of it, of that category and composition");
     }
 }
@@ -99,17 +106,26 @@ bool LinkImport::ToLocal(const LinkRecord& link, ImportedLink& made) const {
     return true;
 }
 
-bool LinkImport::FindOther(const LinkRecord& link, ImportedLink& made) {
-    Arrival other;
-    exchange::KnownEntity known;
-    if (exchange::FindArrival(_store, link.other, other)) {
-        const bool inBranch = other.diverged > 0 && link.exact >= other.diverged;
-        made.second = inBranch ? other.id : other.origin;
-        made.exact = inBranch ? other.Local(link.exact) : link.exact;
-    } else if (exchange::FindKnown(_store, link.other, known) && !known.deleted) {
-        made.second = known.id;
-        made.exact = link.exact;
+// Many contents lie in one folder: the last other end is mostly the next one, too.
+const LinkImport::Other& LinkImport::FindOther(const std::string& uid) {
+    if (_other.uid != uid) {
+        _other = {uid};
+        exchange::KnownEntity known;
+        if (exchange::FindArrival(_store, uid, _other.arrival)) {
+            _other.hasArrived = true;
+        } else if (exchange::FindKnown(_store, uid, known) && !known.deleted) {
+            _other.known = known.id;
+        }
     }
+    return _other;
+}
+
+bool LinkImport::FindOther(const LinkRecord& link, ImportedLink& made) {
+    const Other& other = FindOther(link.other);
+    const Arrival& arrival = other.arrival;
+    const bool inBranch = arrival.diverged > 0 && link.exact >= arrival.diverged;
+    made.second = !other.hasArrived ? other.known : inBranch ? arrival.id : arrival.origin;
+    made.exact = inBranch ? arrival.Local(link.exact) : link.exact;
     store::EntityDetails ignored;
     return made.second != 0 &&
            (made.exact == store::NO_REVISION || _store.Details(made.second, made.exact, ignored));
@@ -149,7 +165,7 @@ void LinkImport::Insert(const LinkRecord& link, const ImportedLink& made) {
     }
     // An exact relation ends behind the one revision that it was made for.
     const bool ends = made.exact != store::NO_REVISION && made.to == exchange::kOpen &&
-                      _definition->IsVersioned();
+                      Definition().IsVersioned();
     exchange::ImportLink(_store,
                          made,
                          ++position->second,

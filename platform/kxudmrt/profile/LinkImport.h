@@ -30,7 +30,18 @@ class LinkImport {
   private:
     void Begin(const std::string& first);
     // The group's word on the link; throws where they contradict each other.
-    void RequireFitting(const exchange::LinkRecord& link) const;
+    void RequireFitting(const exchange::LinkRecord& link);
+    // Of the entity whose links come; one that has links to be taken is here.
+    const catalogue::ContentDefinition& Definition();
+    // An entity at the other end: what became of that of the document, or, where the document has
+    // none, the one of the library.
+    struct Other {
+        std::string uid = {};
+        bool hasArrived = false;
+        exchange::Arrival arrival = {};
+        store::EntityId known = 0;
+    };
+    const Other& FindOther(const std::string& uid);
     // False if there is no other end here.
     bool FindOther(const exchange::LinkRecord& link, exchange::ImportedLink& made);
     // False if the link is of revisions that the library has from elsewhere.
@@ -45,7 +56,8 @@ class LinkImport {
 
     std::string _first;  // whose links come
     exchange::Arrival _arrival;
-    const catalogue::ContentDefinition* _definition = nullptr;
+    const catalogue::ContentDefinition* _definition = nullptr;  // once it was asked for
+    Other _other;                                               // the last one
     std::map<std::pair<store::LinkKind, std::string>, std::int64_t> _positions;
     std::vector<store::EntityId> _owned;  // that an owner got, or kept
 };

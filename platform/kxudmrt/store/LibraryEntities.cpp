@@ -134,14 +134,7 @@ EntityId LibraryStore::Insert(const NewEntity& entity,
                    sql::Blob{packed});
     insert.Run();
     const bool working = entity.state == RevisionState::Working;
-    sql::Statement set(*connection_, statements::SET_HEAD_ATTRIBUTE);
-    for (const auto& [name, value] : attributes) {
-        if (!value.IsEmpty()) {
-            SetHead(set, id, working, name, value);
-        }
-    }
-    set.BindAll(id, DISPLAY_NAME, working, entity.displayName);
-    set.Run();
+    AddHeadValues(id, working, attributes, entity.displayName);
     transaction.Commit();
     return id;
 }
@@ -250,6 +243,20 @@ void LibraryStore::SetHeadValue(EntityId id,
                                 const kxVariant& value) {
     StoreHead(*connection_, id, working, name, value);
     MarkTexts(*this, id);
+}
+
+void LibraryStore::AddHeadValues(EntityId id,
+                                 bool working,
+                                 const AttributeList& attributes,
+                                 std::string_view displayName) {
+    sql::Statement set(*connection_, statements::SET_HEAD_ATTRIBUTE);
+    for (const auto& [name, value] : attributes) {
+        if (!value.IsEmpty()) {
+            SetHead(set, id, working, name, value);
+        }
+    }
+    set.BindAll(id, DISPLAY_NAME, working, displayName);
+    set.Run();
 }
 
 void LibraryStore::SetDisplayName(EntityId id,

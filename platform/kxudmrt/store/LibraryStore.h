@@ -219,6 +219,12 @@ class LibraryStore {
     // What queries see of one attribute in the newest published or unversioned revision, or in the
     // working one, where an empty value hides the published one.
     void SetHeadValue(EntityId id, bool working, std::string_view name, const kxVariant& value);
+    // The same of all attributes that have a value, and of the display name, for an entity of which
+    // a revision was added in this transaction.
+    void AddHeadValues(EntityId id,
+                       bool working,
+                       const AttributeList& attributes,
+                       std::string_view displayName);
     void DropHeadValue(EntityId id, bool working, std::string_view name);
 
     // --- Links ---

@@ -1,6 +1,5 @@
 #include "vault/Intake.h"
 
-#include <algorithm>
 #include <utility>
 
 #include "vault/DocumentName.h"
@@ -11,10 +10,17 @@ namespace {
 // Enough to tell text from anything else.
 constexpr std::size_t kTextSample = std::size_t{64} << 10;
 
-bool IsTextByte(char c) {
-    const auto byte = static_cast<unsigned char>(c);
-    // Beside the blanks: backspace, the end mark of old systems, escape sequences of listings.
-    return byte >= 0x20 || (byte >= '\b' && byte <= '\r') || byte == 0x1A || byte == 0x1B;
+// Without a branch, so that the compiler takes many bytes at a time. Beside the blanks (8 to 13):
+// the end mark of old systems (26), and the escape sequences of listings (27).
+bool AreTextBytes(std::string_view bytes) {
+    unsigned char bad = 0;
+    for (const char c : bytes) {
+        const auto byte = static_cast<unsigned char>(c);
+        const auto afterBackspace = static_cast<unsigned char>(byte - 8);
+        const auto asEven = static_cast<unsigned char>(byte & 0xFEU);
+        bad |= static_cast<unsigned char>((byte < 0x20) & (afterBackspace > 5) & (asEven != 0x1A));
+    }
+    return bad == 0;
 }
 
 // A damaged file of the vault must not stand for a content that can be stored afresh.
@@ -26,8 +32,15 @@ bool MayBe(const Entry& entry, std::uint64_t size) {
 }  // namespace
 
 bool LooksLikeText(std::string_view beginning) {
+    constexpr std::size_t atOnce = 512;
     beginning = beginning.substr(0, kTextSample);
-    return std::all_of(beginning.begin(), beginning.end(), IsTextByte);
+    while (beginning.size() > atOnce) {
+        if (!AreTextBytes(beginning.substr(0, atOnce))) {
+            return false;
+        }
+        beginning.remove_prefix(atOnce);
+    }
+    return AreTextBytes(beginning);
 }
 
 struct Intake::Pass {

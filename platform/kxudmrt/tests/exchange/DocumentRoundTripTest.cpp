@@ -1,7 +1,6 @@
 // What a writer writes, a reader reads again, however the bytes come in.
-#include <random>
-
 #include "Documents.h"
+#include "SampleDocument.h"
 #include "catalogue/Catalogue.h"
 
 namespace kxudm::exchange {
@@ -10,108 +9,14 @@ namespace {
 using testing::ElementsAre;
 using testing::HasSubstr;
 
-constexpr const char* kCatalogue =
-    "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
-    "<catalogue version=\"1\">\n"
-    "  <definition name=\"Part\">\n"
-    "    <attribute name=\"name\" type=\"String\" description=\"a &lt; b &amp; &quot;c&quot;\" />\n"
-    "    <attribute name=\"kind\" type=\"String\">\n"
-    "      <value>one &amp; only</value>\n"
-    "    </attribute>\n"
-    "  </definition>\n"
-    "</catalogue>\n";
-
-RevisionRecord Revision(int number) {
-    RevisionRecord revision;
-    revision.number = number;
-    revision.displayName = "Wheel <" + std::to_string(number) + ">";
-    revision.created = 1000000 * number;
-    revision.creator = "ann";
-    revision.modified = 1000000 * number + 5;
-    revision.modifier = "bob";
-    revision.published = 1000000 * number + 7;
-    revision.publisher = "ann";
-    revision.workspace = "desk";
-    revision.comment = "line 1\nline 2 \\ \x01";
-    return revision;
-}
-
-EntityRecord Wheel() {
-    EntityRecord entity;
-    entity.uid = kUidA;
-    entity.definition = "Part";
-    entity.name = "Wheel";
-    entity.created = 1;
-    entity.creator = "ann";
-    entity.workspace = "desk";
-    entity.revisions = {Revision(1), Revision(3)};
-    entity.revisions[0].savePoints = {{5, "ann", "so far"}, {6, "ann", ""}};
-    kxStlVector<kxString> list;
-    list.push_back("a ");
-    list.push_back("");
-    entity.revisions[0].attributes = {{"empty", kxVariant()},
-                                      {"flag", kxVariant(true)},
-                                      {"float", kxVariant(1.5F)},
-                                      {"list", kxVariant(list)},
-                                      {"mass", kxVariant(0.1)},
-                                      {"none", kxVariant(kxStlVector<kxString>())},
-                                      {"number", kxVariant(-9007199254740993LL)},
-                                      {"text", kxVariant("  \xFF\n<b>  ")},
-                                      {"void", kxVariant("")}};
-    FileRecord file;
-    file.name = "wheel.inp";
-    file.hash = std::string(64, 'a');
-    file.size = 12;
-    file.modified = 3;
-    file.added = 4;
-    file.isText = true;
-    file.from = 1;
-    file.to = 3;
-    FileRecord external;
-    external.name = "wheel.inp";
-    external.externalPath = "/data/wheel.inp";
-    external.size = 99;
-    external.from = 3;
-    entity.files = {file, external};
-    return entity;
-}
-
-EntityRecord Note() {
-    EntityRecord entity;
-    entity.uid = kUidB;
-    entity.definition = "Note";
-    entity.name = "";
-    entity.versioned = false;
-    entity.branchUid = kUidC;
-    entity.branchRevision = 4;
-    entity.revisions.emplace_back();
-    return entity;
-}
-
-class Sample : public Kept {
-  public:
-    Sample() {
-        scope = Scope::AllWithFiles;
-        catalogue = kCatalogue;
-        entities.push_back(Wheel());
-        entities.push_back(Note());
-        links.emplace_back(
-            kUidA,
-            LinkRecord{store::LinkKind::Owner, "parts", kUidB, 1, 3, store::NO_REVISION, true});
-        links.emplace_back(kUidA, LinkRecord{store::LinkKind::Folder, "", kUidC, 1});
-        links.emplace_back(
-            kUidB, LinkRecord{store::LinkKind::Relation, "made \"of\"", kUidA, 0, kOpen, 3});
-    }
-};
-
 TEST(Document, ReadsWhatWasWritten) {
-    const std::string text = Written(Sample());
+    const std::string text = Written(SampleDocument());
     Kept kept;
     Read(text, kept);
     EXPECT_TRUE(kept.ended);
     EXPECT_EQ(kept.counts, (DocumentCounts{2, 3, 2, 3}));
     ASSERT_EQ(kept.entities.size(), 2U);
-    const EntityRecord wheel = Wheel();
+    const EntityRecord wheel = SampleWheel();
     const EntityRecord& read = kept.entities[0];
     EXPECT_EQ(read.revisions[0].comment, wheel.revisions[0].comment);
     EXPECT_EQ(read.revisions[0].savePoints, wheel.revisions[0].savePoints);
@@ -131,7 +36,7 @@ TEST(Document, ReadsWhatWasWritten) {
 }
 
 TEST(Document, WritesTheSameBytesAgain) {
-    const std::string text = Written(Sample());
+    const std::string text = Written(SampleDocument());
     Kept kept;
     Read(text, kept);
     kept.catalogue = catalogue::Catalogue::ReadText(kept.catalogue, "again")->ToXml();
@@ -139,7 +44,7 @@ TEST(Document, WritesTheSameBytesAgain) {
 }
 
 TEST(Document, TakesItsBytesInPiecesOfAnySize) {
-    const std::string text = Written(Sample());
+    const std::string text = Written(SampleDocument());
     for (const std::size_t piece : {1U, 2U, 3U, 7U, 64U, 1000U}) {
         Kept kept;
         Read(text, kept, piece);
@@ -150,7 +55,7 @@ TEST(Document, TakesItsBytesInPiecesOfAnySize) {
 
 TEST(Document, HandsOnDefinitionsInTheirLines) {
     Kept kept;
-    std::string text = Written(Sample());
+    std::string text = Written(SampleDocument());
     text.replace(text.find("type=\"String\""), 13, "type=\"Strong\"");
     Read(text, kept);
     try {
@@ -174,9 +79,9 @@ TEST(Document, IsWrittenInPiecesThatDontGrowWithIt) {
     std::size_t largest = 0;
     DocumentWriter writer(
         [&](std::string_view bytes) { largest = std::max(largest, bytes.size()); });
-    writer.Begin(Scope::AllWithFiles, kCatalogue);
+    writer.Begin(Scope::AllWithFiles, kSampleCatalogue);
     for (int i = 0; i < 2000; ++i) {
-        writer.Entity(Wheel());
+        writer.Entity(SampleWheel());
     }
     for (int i = 0; i < 2000; ++i) {
         writer.Link(kUidA, {store::LinkKind::Owner, "parts", kUidB, 1});
@@ -187,14 +92,14 @@ TEST(Document, IsWrittenInPiecesThatDontGrowWithIt) {
 
 TEST(Document, IsNotWrittenWhereNoReaderWouldTakeIt) {
     DocumentWriter writer([](std::string_view) {});
-    writer.Begin(Scope::AllWithFiles, kCatalogue);
-    EntityRecord wheel = Wheel();
+    writer.Begin(Scope::AllWithFiles, kSampleCatalogue);
+    EntityRecord wheel = SampleWheel();
     wheel.revisions[1].comment.assign(kLongestTag, 'c');
     EXPECT_THROW(writer.Entity(wheel), UDMException);
-    wheel = Wheel();
+    wheel = SampleWheel();
     wheel.name.assign(kLongestTag, 'n');
     EXPECT_THROW(writer.Entity(wheel), UDMException);
-    wheel = Wheel();
+    wheel = SampleWheel();
     wheel.revisions[0].attributes = {{"long", kxVariant(std::string(kLongestText, 'v'))}};
     EXPECT_THROW(writer.Entity(wheel), UDMException);
 }
