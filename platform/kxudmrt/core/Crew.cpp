@@ -60,6 +60,7 @@ void Crew::Work() {
         _waiting.pop_front();
         lock.unlock();
         task();
+        task = {};  // with all that it holds, while nobody waits
         lock.lock();
     }
 }
