@@ -33,10 +33,12 @@ void InsertRevision(store::LibraryStore& store,
                     const EntityRecord& entity,
                     const RevisionRecord& revision) {
     const std::string packed = store::PackAttributes(revision.attributes);
-    const std::optional<store::Microseconds> when =
-        entity.versioned ? std::optional(revision.published) : std::nullopt;
-    const std::optional<std::string_view> who =
-        entity.versioned ? std::optional<std::string_view>(revision.publisher) : std::nullopt;
+    std::optional<store::Microseconds> when;
+    std::optional<std::string_view> who;
+    if (entity.versioned) {
+        when = revision.published;
+        who = revision.publisher;
+    }
     Run(store,
         store::statements::IMPORT_REVISION,
         store::RevisionId(id, revision.number),
