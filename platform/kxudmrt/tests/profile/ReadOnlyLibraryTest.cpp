@@ -102,8 +102,8 @@ TEST(AReadOnlyFileSystem, B19_GivesWhatIsInItsLibraryAndTakesNothing) {
         const std::string base = world.library.BaseDirectory();
         const std::string file = base + "/Lib.ldb";
         const std::string before = vault::ReadFile(file);
-        ASSERT_EQ(mount(base.c_str(), base.c_str(), nullptr, MS_BIND, nullptr), 0);
-        ASSERT_EQ(mount(nullptr, base.c_str(), nullptr, MS_BIND | MS_REMOUNT | MS_RDONLY, nullptr),
+        ASSERT_EQ(mount(base.c_str(), base.c_str(), "none", MS_BIND, nullptr), 0);
+        ASSERT_EQ(mount(nullptr, base.c_str(), "none", MS_BIND | MS_REMOUNT | MS_RDONLY, nullptr),
                   0);
         {
             const ProfilePtr ann = world.Open(world.library.Params("ann"));
@@ -127,8 +127,8 @@ TEST(AReadOnlyFileSystem, B19_GivesNewsOnceTheLibraryIsOpenedAnew) {
         const std::string base = world.library.BaseDirectory();
         const std::string view = world.library.Folder().File("view");
         fs::create_directory(view);
-        ASSERT_EQ(mount(base.c_str(), view.c_str(), nullptr, MS_BIND, nullptr), 0);
-        ASSERT_EQ(mount(nullptr, view.c_str(), nullptr, MS_BIND | MS_REMOUNT | MS_RDONLY, nullptr),
+        ASSERT_EQ(mount(base.c_str(), view.c_str(), "none", MS_BIND, nullptr), 0);
+        ASSERT_EQ(mount(nullptr, view.c_str(), "none", MS_BIND | MS_REMOUNT | MS_RDONLY, nullptr),
                   0);
         Parameters there = world.Elsewhere("bob");
         there["RepositoryBaseDir"] = view;

@@ -32,7 +32,7 @@ inline bool SeeMountsOfItsOwn() {
         std::ofstream("/proc/self/uid_map") << "0 " << user << " 1";
         std::ofstream("/proc/self/gid_map") << "0 " << group << " 1";
     }
-    return mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0;
+    return mount("none", "/", "none", MS_REC | MS_PRIVATE, nullptr) == 0;
 }
 
 // Runs `body` in a process that may mount without anybody's noticing; false where the machine
