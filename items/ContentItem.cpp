@@ -62,8 +62,6 @@ ContentItem::ContentItem(ItemManager* manager, UDMDBCtrl* session, const UDMItem
     m_handle = handle;
 }
 
-ContentItem::~ContentItem() = default;
-
 const kxString& ContentItem::IsA() {
     static const kxString name("ContentItem");
     return name;

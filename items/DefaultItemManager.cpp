@@ -43,8 +43,6 @@ bool Differs(const Item& item, const UDMItemHandle& handle) {
 DefaultItemManager::DefaultItemManager(UDMDBCtrl* session, SignalHandler* signals)
     : ItemManager(session, signals) {}
 
-DefaultItemManager::~DefaultItemManager() = default;
-
 Item* DefaultItemManager::CreateItem(const UDMItemHandle& handle) {
     Item* item = nullptr;
     if (GetFromCache(handle, item)) {

@@ -15,8 +15,6 @@ namespace kxct {
 HistoryItemManager::HistoryItemManager(UDMDBCtrl* session, SignalHandler* signals)
     : ItemManager(session, signals) {}
 
-HistoryItemManager::~HistoryItemManager() = default;
-
 Item* HistoryItemManager::CreateItem(const UDMItemHandle& handle) {
     return handle.Uid().empty() ? nullptr : _Cached(new HistoryItem(this, m_session, handle));
 }

@@ -14,6 +14,8 @@ class ImportLog : public kxudm::IUDMProgressListener {
   public:
     // Does nothing for a session that tells no progress.
     explicit ImportLog(const boost::shared_ptr<kxudm::IUDMProfile>& profile);
+    ImportLog(const ImportLog&) = delete;
+    ImportLog& operator=(const ImportLog&) = delete;
     ~ImportLog() override;
 
     bool Advance(const kxudm::UDMProgress& progress) override;

@@ -30,7 +30,7 @@ class KXCT_EXPORT ContentItem : public ItemImpl {
     using ItemImpl::SetAttributeValue;
 
     ContentItem(ItemManager* manager, UDMDBCtrl* session, const kxudm::UDMItemHandle& handle);
-    ~ContentItem() override;
+    ~ContentItem() override = default;
 
     bool Checkout(const kxString& comment) override;
     bool Save(const kxString& comment) override;

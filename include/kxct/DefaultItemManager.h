@@ -13,7 +13,7 @@ class KXCT_EXPORT DefaultItemManager : public ItemManager {
     using ItemManager::CreateItem;
 
     DefaultItemManager(UDMDBCtrl* session, SignalHandler* signals);
-    ~DefaultItemManager() override;
+    ~DefaultItemManager() override = default;
 
     // The group `name` of a content.
     Item* CreateItem(Item* parent, const kxString& name) override;

@@ -13,7 +13,7 @@ class KXCT_EXPORT HistoryItemManager : public ItemManager {
     using ItemManager::CreateItem;
 
     HistoryItemManager(UDMDBCtrl* session, SignalHandler* signals);
-    ~HistoryItemManager() override;
+    ~HistoryItemManager() override = default;
 
     // A category of a history item. Each call makes a new one.
     Item* CreateItem(Item* parent, HistoryCategory category) override;

@@ -35,6 +35,7 @@ struct Viewer {
 struct Holder {
     std::string user = {};
     std::string workspace = {};
+    // Is one. NOLINTNEXTLINE(google-explicit-constructor)
     [[nodiscard]] operator Viewer() const { return {user, workspace}; }
 };
 

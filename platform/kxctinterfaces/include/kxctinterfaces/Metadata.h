@@ -21,26 +21,26 @@ struct Metadata {
     // The order of the arguments is that of the runtime's own record and differs from the order of
     // the fields: description and default value come before the type, and flagB before flagA. The
     // conversions in both directions rest on that exchange, so it must not be straightened.
-    Metadata(const kxString& name_,
-             const kxString& displayName_,
-             const kxString& description_,
-             const kxString& defaultValue_,
-             const kxString& type_,
-             const kxString& category_,
-             bool flagB_,
-             bool flagA_,
-             bool flagC_,
-             const kxStlVector<kxString>& validValues_)
-        : name(name_),
-          type(type_),
-          displayName(displayName_),
-          description(description_),
-          defaultValue(defaultValue_),
-          category(category_),
-          flagA(flagA_),
-          flagB(flagB_),
-          flagC(flagC_),
-          validValues(validValues_) {}
+    Metadata(const kxString& itsName,
+             const kxString& itsDisplayName,
+             const kxString& itsDescription,
+             const kxString& itsDefaultValue,
+             const kxString& itsType,
+             const kxString& itsCategory,
+             bool itsFlagB,
+             bool itsFlagA,
+             bool itsFlagC,
+             const kxStlVector<kxString>& itsValidValues)
+        : name(itsName),
+          type(itsType),
+          displayName(itsDisplayName),
+          description(itsDescription),
+          defaultValue(itsDefaultValue),
+          category(itsCategory),
+          flagA(itsFlagA),
+          flagB(itsFlagB),
+          flagC(itsFlagC),
+          validValues(itsValidValues) {}
 
     kxString name;
     kxString type;

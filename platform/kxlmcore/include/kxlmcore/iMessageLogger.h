@@ -14,6 +14,9 @@ class Message;
 
 class KXLMCORE_EXPORT iMessageLogger {
   public:
+    iMessageLogger() = default;
+    iMessageLogger(const iMessageLogger&) = default;
+    iMessageLogger& operator=(const iMessageLogger&) = default;
     virtual ~iMessageLogger();
 
     // Keeps its place in the order; does nothing.

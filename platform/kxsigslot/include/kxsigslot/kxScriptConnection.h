@@ -49,6 +49,8 @@ class KXSIGSLOT_EXPORT kxScriptTarget {
   public:
     // `object` is null for a procedure, whose name is `name`.
     kxScriptTarget(const void* object, const kxString& name) : _object(object), _name(name) {}
+    kxScriptTarget(const kxScriptTarget&) = default;
+    kxScriptTarget& operator=(const kxScriptTarget&) = default;
     virtual ~kxScriptTarget();
 
     friend bool operator==(const kxScriptTarget& a, const kxScriptTarget& b) {

@@ -135,6 +135,7 @@ template <class Signal, class Policy, class... Arguments>
 class kxSignalHolder {
   public:
     kxSignalHolder() = default;
+    ~kxSignalHolder() = default;
     kxSignalHolder(const kxSignalHolder&) = delete;
     kxSignalHolder& operator=(const kxSignalHolder&) = delete;
 

@@ -77,6 +77,8 @@ class KXUDMRT_EXPORT UDMContentDefinitionHandle : public UDMHandle {
 class KXUDMRT_EXPORT UDMContentDefinition {
   public:
     UDMContentDefinition(const kxString& name, const UDMContentDefinitionHandle& handle);
+    UDMContentDefinition(const UDMContentDefinition&) = default;
+    UDMContentDefinition& operator=(const UDMContentDefinition&) = default;
     virtual ~UDMContentDefinition();
 
     const kxString& GetName() const { return _name; }

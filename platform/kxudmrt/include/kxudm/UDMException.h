@@ -17,6 +17,8 @@ namespace kxudm {
 class KXUDMRT_EXPORT UDMException : public std::runtime_error {
   public:
     explicit UDMException(const std::string& text) : std::runtime_error(text) {}
+    UDMException(const UDMException&) = default;
+    UDMException& operator=(const UDMException&) = default;
     ~UDMException() override;
 };
 
@@ -25,6 +27,8 @@ class KXUDMRT_EXPORT UDMException : public std::runtime_error {
 class KXUDMRT_EXPORT UDMNotFoundException : public UDMException {
   public:
     using UDMException::UDMException;
+    UDMNotFoundException(const UDMNotFoundException&) = default;
+    UDMNotFoundException& operator=(const UDMNotFoundException&) = default;
     ~UDMNotFoundException() override;
 };
 
@@ -32,6 +36,8 @@ class KXUDMRT_EXPORT UDMNotFoundException : public UDMException {
 class KXUDMRT_EXPORT UDMStoreException : public UDMException {
   public:
     using UDMException::UDMException;
+    UDMStoreException(const UDMStoreException&) = default;
+    UDMStoreException& operator=(const UDMStoreException&) = default;
     ~UDMStoreException() override;
 };
 
@@ -39,6 +45,8 @@ class KXUDMRT_EXPORT UDMStoreException : public UDMException {
 class KXUDMRT_EXPORT UDMNotSupportedException : public UDMException {
   public:
     using UDMException::UDMException;
+    UDMNotSupportedException(const UDMNotSupportedException&) = default;
+    UDMNotSupportedException& operator=(const UDMNotSupportedException&) = default;
     ~UDMNotSupportedException() override;
 };
 
@@ -53,6 +61,8 @@ class KXUDMRT_EXPORT UDMInvalidArgException : public UDMException {
     UDMInvalidArgException(const kxString& message,
                            const kxString& signature,
                            ExceptionSubCategory subCategory);
+    UDMInvalidArgException(const UDMInvalidArgException&) = default;
+    UDMInvalidArgException& operator=(const UDMInvalidArgException&) = default;
     ~UDMInvalidArgException() override;
 
     const kxString& Signature() const { return _signature; }

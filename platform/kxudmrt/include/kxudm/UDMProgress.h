@@ -70,6 +70,8 @@ class KXUDMRT_EXPORT IUDMProgressListener {
 class KXUDMRT_EXPORT UDMCancelledException : public UDMException {
   public:
     using UDMException::UDMException;
+    UDMCancelledException(const UDMCancelledException&) = default;
+    UDMCancelledException& operator=(const UDMCancelledException&) = default;
     ~UDMCancelledException() override;
 };
 
@@ -80,6 +82,8 @@ class KXUDMRT_EXPORT UDMProgressScope : private IUDMProgressListener {
     // Shares ownership of the session; the listener outlives the scope. Throws UDMException for a
     // null session, UDMNotSupportedException if the session's data source tells no progress.
     UDMProgressScope(const boost::shared_ptr<IUDMProfile>& profile, IUDMProgressListener& listener);
+    UDMProgressScope(const UDMProgressScope&) = delete;
+    UDMProgressScope& operator=(const UDMProgressScope&) = delete;
     ~UDMProgressScope() override;
 
     // Whether the listener has cancelled an operation since this scope began.

@@ -41,8 +41,6 @@ class NewLibraryFile {
     NewLibraryFile(const NewLibraryFile&) = delete;
     NewLibraryFile& operator=(const NewLibraryFile&) = delete;
 
-    // False if somebody else made it in the meantime; theirs is then there.
-    [[nodiscard]] bool IsOurs() const { return _ours; }
     void Keep() noexcept { _kept = true; }
 
   private:
@@ -52,7 +50,7 @@ class NewLibraryFile {
     kxString _file;
     kxString _firstMade;  // topmost directory that was missing; empty if none was
     kxString _baseDirectory;
-    bool _ours = false;
+    bool _ours = false;  // else somebody made it in the meantime, and theirs stays
     bool _kept = false;
 };
 

@@ -20,8 +20,10 @@ class KXUTL_EXPORT kxStlMap : public std::map<K, T, C, A> {
     using Base::operator=;
 
     kxStlMap() = default;
+    // Converts, as hosts expect of texts and containers. NOLINTBEGIN(google-explicit-constructor)
     kxStlMap(const Base& other) : Base(other) {}
     kxStlMap(Base&& other) noexcept : Base(std::move(other)) {}
+    // NOLINTEND(google-explicit-constructor)
 
     // The value of `key`; throws std::out_of_range when there is none. Never inserts.
     T& at(const K& key) {

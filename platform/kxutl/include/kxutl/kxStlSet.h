@@ -17,6 +17,8 @@ class KXUTL_EXPORT kxStlSet : public std::set<K, C, A> {
     using Base::operator=;
 
     kxStlSet() = default;
+    // Converts, as hosts expect of texts and containers. NOLINTBEGIN(google-explicit-constructor)
     kxStlSet(const Base& other) : Base(other) {}
     kxStlSet(Base&& other) noexcept : Base(std::move(other)) {}
+    // NOLINTEND(google-explicit-constructor)
 };

@@ -17,6 +17,8 @@ class KXUTL_EXPORT kxStlVector : public std::vector<T, A> {
     using Base::operator=;
 
     kxStlVector() = default;
+    // Converts, as hosts expect of texts and containers. NOLINTBEGIN(google-explicit-constructor)
     kxStlVector(const Base& other) : Base(other) {}
     kxStlVector(Base&& other) noexcept : Base(std::move(other)) {}
+    // NOLINTEND(google-explicit-constructor)
 };

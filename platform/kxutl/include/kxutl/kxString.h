@@ -25,6 +25,7 @@ class KXUTL_EXPORT kxString : public std::string {
   public:
     kxString() = default;
 
+    // Converts, as hosts expect of texts and containers. NOLINTBEGIN(google-explicit-constructor)
     // A null pointer gives the empty string, because hosts hand in unset C strings.
     kxString(const char* text) : std::string(text != nullptr ? text : "") {}
     kxString(const char* bytes, std::size_t count) : std::string(bytes, count) {}
@@ -32,6 +33,7 @@ class KXUTL_EXPORT kxString : public std::string {
     kxString(const std::string& text) : std::string(text) {}
     kxString(std::string&& text) noexcept : std::string(std::move(text)) {}
     kxString(std::string_view text) : std::string(text) {}
+    // NOLINTEND(google-explicit-constructor)
     kxString(std::initializer_list<char> characters) : std::string(characters) {}
     template <std::input_iterator Iterator>
     kxString(Iterator first, Iterator last) : std::string(first, last) {}

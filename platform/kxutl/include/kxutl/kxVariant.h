@@ -49,6 +49,7 @@ class KXUTL_EXPORT kxVariant {
     };
 
     kxVariant() noexcept = default;
+    // Converts, as hosts expect of texts and containers. NOLINTBEGIN(google-explicit-constructor)
     // Templates, so that a pointer of any type can't turn silently into a boolean, and an unsigned
     // 64-bit number, which may not fit, into an integer.
     template <std::same_as<bool> Boolean>
@@ -74,6 +75,7 @@ class KXUTL_EXPORT kxVariant {
         : _value(std::in_place_index<STRINGLIST>, value) {}
     kxVariant(kxStlVector<kxString>&& value) noexcept
         : _value(std::in_place_index<STRINGLIST>, std::move(value)) {}
+    // NOLINTEND(google-explicit-constructor)
     // `pointer` may be null; it stays the caller's.
     kxVariant(void* pointer, const kxString& typeName);
 
