@@ -39,6 +39,20 @@ void Crew::Give(Task task) {
     _changed.notify_one();
 }
 
+bool Crew::Help() {
+    Task task;
+    {
+        const std::lock_guard lock(_mutex);
+        if (_waiting.empty()) {
+            return false;
+        }
+        task = std::move(_waiting.front());
+        _waiting.pop_front();
+    }
+    task();
+    return true;
+}
+
 void Crew::BeginThread() {
     try {
         _threads.push_back(StartWorker([this] { Work(); }));

@@ -44,6 +44,9 @@ class Crew {
         Give(Task(std::move(task)));
         return result;
     }
+    // Does the next task that nobody has begun, on the calling thread: better than to sleep until
+    // the crew is done. False if there is none.
+    bool Help();
 
   private:
     using Task = std::packaged_task<void()>;

@@ -5,6 +5,7 @@
 #include "exchange/ArchiveFormat.h"
 #include "exchange/ArchiveWriter.h"
 #include "exchange/Records.h"
+#include "profile/ArchiveContents.h"
 #include "profile/DefinitionChange.h"
 #include "profile/ImportDefinitions.h"
 #include "profile/Neighbours.h"
@@ -12,7 +13,6 @@
 #include "store/LibraryCheck.h"
 #include "store/MaintenanceStatements.h"
 #include "vault/DocumentName.h"
-#include "vault/SourceFile.h"
 
 namespace kxudm::profile {
 
@@ -22,31 +22,6 @@ using exchange::ArchiveException;
 using exchange::DocumentHandler;
 using exchange::EntityRecord;
 using exchange::LinkRecord;
-
-// The content of an entry, on its way into the vault.
-class Entry final : public vault::Source {
-  public:
-    explicit Entry(exchange::ArchiveReader& archive) : _archive(archive) {}
-
-    std::size_t Fill(char* bytes, std::size_t size) override {
-        std::size_t filled = 0;
-        while (filled < size) {
-            const std::size_t count = _archive.Read(bytes + filled, size - filled);
-            if (count == 0) {
-                break;
-            }
-            filled += count;
-        }
-        return filled;
-    }
-    // Read has seen to that.
-    void CheckUnchanged() override {}
-    [[nodiscard]] std::uint64_t Size() const override { return _archive.Size().value_or(0); }
-    [[nodiscard]] std::int64_t Modified() const override { return 0; }
-
-  private:
-    exchange::ArchiveReader& _archive;
-};
 
 store::EntityId Youngest(store::LibraryStore& store) {
     sql::Statement find(store.Connection(), store::statements::YOUNGEST_ENTITY);
@@ -160,38 +135,25 @@ void ArchiveImport::ReadDocument() {
 void ArchiveImport::TakeContents() {
     const exchange::ContentTotal total = _contents.Total();
     _progress.SetTotal(_counts.entities + total.count, total.bytes);
-    while (_archive->Next()) {
-        TakeContent();
+    _delivery.emplace(_session.Vaults().In({}));
+    ArchiveContents contents(*_archive, _path, *_delivery, _progress, total.count);
+    try {
+        while (_archive->Next()) {
+            _contents.Meet(_archive->Hash(), _archive->Name(), _archive->Size());
+            contents.Take();
+        }
+        _contents.MeetEnd();
+    } catch (const ArchiveException&) {
+        // What came before may be wrong, too, and is told first.
+        contents.Finish();
+        throw;
     }
-    _contents.MeetEnd();
-}
-
-void ArchiveImport::TakeContent() {
-    const std::string hash = _archive->Hash();
-    const std::string name = _path + ", " + _archive->Name();
-    _contents.Meet(hash, _archive->Name(), _archive->Size());
-    _progress.Begin(hash);
-    if (!_delivery) {
-        _delivery.emplace(_session.Vaults().In({}));
-    }
-    Entry source(*_archive);
-    const vault::Stored stored =
-        _delivery->Add(source, name, {.progress = [this](std::uint64_t bytes) {
-                           _progress.Advance(bytes);
-                           return true;
-                       }});
-    if (stored.hash != hash) {
-        throw ArchiveException("'" + vault::Printable(name) + "' has the content " + stored.hash +
-                               "; expected the one that it is named by");
-    }
-    _progress.End();
+    contents.Finish();
 }
 
 // What takes long, the bytes themselves, is safe before others have to wait.
 void ArchiveImport::Write(const Finish& finish) {
-    if (_delivery) {
-        _delivery->Flush();
-    }
+    _delivery->Flush();
     bool areContentsThere = false;
     try {
         Operation operation(_session, "Import", sql::Transaction::Durability::Full);
@@ -204,10 +166,8 @@ void ArchiveImport::Write(const Finish& finish) {
             finish(operation, *catalogue);
             // The last moment at which a listener may end it.
             _progress.Finish();
-            if (_delivery) {
-                areContentsThere = true;
-                _delivery->Commit();
-            }
+            areContentsThere = true;
+            _delivery->Commit();
             operation.Commit();
         } catch (...) {
             rows.notes.Forget(_session);
@@ -267,9 +227,6 @@ void ArchiveImport::ReadAgain(DocumentHandler& handler) {
 // Contents that came into the vault and that no row names, here or in a library beside this one:
 // after a failure all of them, else those of entities that were refused.
 void ArchiveImport::TakeBack() noexcept {
-    if (!_delivery) {
-        return;
-    }
     try {
         Neighbours neighbours(_session.Options().libraryFile);
         if (!neighbours.Unreadable().empty()) {

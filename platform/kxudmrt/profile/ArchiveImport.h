@@ -43,7 +43,6 @@ class ArchiveImport {
     // --- Once through the archive ---
     void ReadDocument();
     void TakeContents();
-    void TakeContent();
 
     // --- Into the library ---
     void Write(const Finish& finish);

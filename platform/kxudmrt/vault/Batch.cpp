@@ -1,11 +1,10 @@
 #include <utility>
 
-#include "vault/DocumentName.h"
 #include "vault/Vault.h"
 
 namespace kxudm::vault {
 
-Batch::Batch(Vault& vault) : vault_(vault), directory_(vault.layout_.Files()) {}
+Batch::Batch(Vault& vault) : vault_(vault), intake_(vault.layout_) {}
 
 Batch::~Batch() = default;
 
@@ -16,32 +15,13 @@ void Batch::CheckUsable() const {
     }
 }
 
-// Before the first byte is written: a flush reports only what failed since then.
-void Batch::OpenDirectory() {
-    const std::lock_guard lock(mutex_);
-    if (directory_.File().descriptor < 0) {
-        vault_.layout_.OpenDirectory(directory_.File());
-    }
-}
-
 Stored Batch::Add(const std::string& path, const AddOptions& options) {
     CheckUsable();
-    try {
-        OpenDirectory();
-        return Add(vault_.intake_.TakeIn(path, options, &expected_));
-    } catch (const FileError& error) {
-        throw FileError("'" + Printable(path) + "' was not stored", error);
-    }
+    return Add(Prepare(path, options));
 }
 
-Stored Batch::Add(Source& source, const std::string& name, const AddOptions& options) {
-    CheckUsable();
-    try {
-        OpenDirectory();
-        return Add(vault_.intake_.TakeIn(source, name, options, &expected_));
-    } catch (const FileError& error) {
-        throw FileError("'" + Printable(name) + "' was not stored", error);
-    }
+Incoming Batch::Prepare(const std::string& path, const AddOptions& options) {
+    return intake_.TakeIn(path, options, &expected_);
 }
 
 Stored Batch::Add(Incoming&& prepared) {
@@ -60,40 +40,8 @@ Stored Batch::Add(Incoming&& prepared) {
     if (incoming.file == nullptr) {
         return stored;
     }
-    incoming.file->Close();
     pending_.push_back(std::move(incoming));
     return pending_.back().stored;
-}
-
-Incoming Batch::Prepare(const std::string& path, const AddOptions& options) {
-    try {
-        OpenDirectory();
-        std::unique_ptr<Intake> intake = BorrowIntake();
-        Incoming incoming = intake->TakeIn(path, options, &expected_);
-        GiveBack(std::move(intake));
-        if (incoming.file != nullptr) {
-            // Thousands may wait for their turn.
-            incoming.file->Close();
-        }
-        return incoming;
-    } catch (const FileError& error) {
-        throw FileError("'" + Printable(path) + "' was not stored", error);
-    }
-}
-
-std::unique_ptr<Intake> Batch::BorrowIntake() {
-    const std::lock_guard lock(mutex_);
-    if (intakes_.empty()) {
-        return std::make_unique<Intake>(vault_.layout_);
-    }
-    std::unique_ptr<Intake> intake = std::move(intakes_.back());
-    intakes_.pop_back();
-    return intake;
-}
-
-void Batch::GiveBack(std::unique_ptr<Intake> intake) {
-    const std::lock_guard lock(mutex_);
-    intakes_.push_back(std::move(intake));
 }
 
 void Batch::Flush() {
@@ -102,7 +50,7 @@ void Batch::Flush() {
         return;
     }
     failed_ = true;
-    vault_.layout_.Files().FlushFileSystem(directory_.File());
+    intake_.Flush();
     failed_ = false;
 }
 
@@ -113,9 +61,8 @@ void Batch::Commit() {
     }
     // Where a flush failed, the machine may have dropped the data and report success the next time.
     failed_ = true;
-    FileLayer& files = vault_.layout_.Files();
     if (!pending_.empty()) {
-        files.FlushFileSystem(directory_.File());
+        intake_.Flush();
     }
     for (Incoming& incoming : pending_) {
         const Stored& stored = incoming.stored;
@@ -123,7 +70,7 @@ void Batch::Commit() {
     }
     // The names. Also where every content was there already: another process may have just given
     // it its name.
-    files.FlushFileSystem(directory_.File());
+    intake_.Flush();
     pending_.clear();
     expected_.Clear();
     failed_ = false;

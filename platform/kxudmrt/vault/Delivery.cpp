@@ -18,7 +18,7 @@ constexpr char kImpostor = 2;
 
 }  // namespace
 
-Delivery::Delivery(Vault& vault) : vault_(vault), directory_(vault.layout_.Files()) {}
+Delivery::Delivery(Vault& vault) : vault_(vault), intake_(vault.layout_) {}
 
 Delivery::~Delivery() {
     if (committed_) {
@@ -52,24 +52,24 @@ std::string Delivery::PathOf(const Waiting& waiting) const {
 
 Stored Delivery::Add(Source& source, const std::string& name, const AddOptions& options) {
     CheckUsable();
-    try {
-        // Before the first byte is written: a flush reports only what failed since then.
-        if (directory_.File().descriptor < 0) {
-            vault_.layout_.OpenDirectory(directory_.File());
-        }
-        Incoming incoming = vault_.intake_.TakeIn(source, name, options);
-        Stored stored = incoming.stored;
-        if (incoming.file != nullptr) {
-            Note(std::move(incoming));
-        }
-        return stored;
-    } catch (const FileError& error) {
-        throw FileError("'" + Printable(name) + "' was not stored", error);
+    return Add(Prepare(source, name, options));
+}
+
+Incoming Delivery::Prepare(Source& source, const std::string& name, const AddOptions& options) {
+    return intake_.TakeIn(source, name, options);
+}
+
+Stored Delivery::Add(Incoming&& prepared) {
+    CheckUsable();
+    Incoming incoming = std::move(prepared);
+    Stored stored = incoming.stored;
+    if (incoming.file != nullptr) {
+        Note(std::move(incoming));
     }
+    return stored;
 }
 
 void Delivery::Note(Incoming&& incoming) {
-    incoming.file->Close();
     if (!list_) {
         list_ = vault_.layout_.NewTemporary();
     }
@@ -133,17 +133,17 @@ void Delivery::Visit(const std::function<void(const Waiting&)>& visit) {
 
 void Delivery::Flush() {
     CheckUsable();
-    if (directory_.File().descriptor < 0) {
+    if (!intake_.HasBegun()) {
         return;
     }
     failed_ = true;
-    vault_.layout_.Files().FlushFileSystem(directory_.File());
+    intake_.Flush();
     failed_ = false;
 }
 
 void Delivery::Commit() {
     CheckUsable();
-    if (directory_.File().descriptor < 0) {
+    if (!intake_.HasBegun()) {
         committed_ = true;
         return;
     }
@@ -164,7 +164,7 @@ void Delivery::Commit() {
     });
     // The names. Also where every content was there already: another process may have just given
     // it its name.
-    layout.Files().FlushFileSystem(directory_.File());
+    intake_.Flush();
     failed_ = false;
     committed_ = true;
 }

@@ -3,7 +3,7 @@
 // Like a Batch, but memory doesn't grow with their number: which file waits for which name stands
 // in a file beside them. The contents of an archive come in this way.
 //
-// Layer: vault. One thread at a time.
+// Layer: vault. One thread at a time, apart from Prepare.
 #ifndef KXUDMRT_VAULT_DELIVERY_H
 #define KXUDMRT_VAULT_DELIVERY_H
 
@@ -29,6 +29,12 @@ class Delivery {
     // As Vault::Add, but durable and in its final place only after Commit. `name` is told in
     // messages. A failure concerns this content only. No content comes twice.
     Stored Add(Source& source, const std::string& name, const AddOptions& options = {});
+    // The same in two steps: all the work, by any thread, while others do the same and the delivery
+    // is used; then the part of the delivery. A content that is dropped in between is removed.
+    [[nodiscard]] Incoming Prepare(Source& source,
+                                   const std::string& name,
+                                   const AddOptions& options = {});
+    Stored Add(Incoming&& prepared);
     // Makes the bytes survive a loss of power, without giving them their names: what Commit then
     // has to do takes no time.
     void Flush();
@@ -56,7 +62,7 @@ class Delivery {
     [[nodiscard]] std::string PathOf(const Waiting& waiting) const;
 
     Vault& vault_;
-    FileHandle directory_;
+    GroupIntake intake_;
     std::unique_ptr<TemporaryFile> list_;
     std::string unwritten_;  // lines that are not in the file yet
     std::uint64_t written_ = 0;

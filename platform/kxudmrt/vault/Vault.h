@@ -23,17 +23,16 @@
 //     batch.Commit();
 //     ...commit the rows...
 //
-// Layer: vault. A vault is used by one thread at a time, apart from what Fetcher.h and
-// Batch::Prepare allow; any number of vaults, processes and machines may use one directory. Memory
-// is a few MiB, whatever the files' sizes. Failures are UDMStoreException (FileError where the
-// machine refused something, DamagedException where stored bytes are wrong, MissingException where
-// there are none) and leave nothing half done.
+// Layer: vault. A vault is used by one thread at a time, apart from what Fetcher.h, Batch::Prepare
+// and Delivery::Prepare allow; any number of vaults, processes and machines may use one directory.
+// Memory is a few MiB for each thread, whatever the files' sizes. Failures are UDMStoreException
+// (FileError where the machine refused something, DamagedException where stored bytes are wrong,
+// MissingException where there are none) and leave nothing half done.
 #ifndef KXUDMRT_VAULT_VAULT_H
 #define KXUDMRT_VAULT_VAULT_H
 
 #include <functional>
 #include <memory>
-#include <mutex>
 #include <optional>
 #include <string>
 #include <vector>
@@ -42,6 +41,7 @@
 #include "vault/ContentReader.h"
 #include "vault/Fetcher.h"
 #include "vault/FileLayer.h"
+#include "vault/GroupIntake.h"
 #include "vault/Intake.h"
 #include "vault/Layout.h"
 #include "vault/Stored.h"
@@ -163,10 +163,8 @@ class Batch {
     // As Vault::Add, but durable and in its final place only after Commit. A failure concerns this
     // file only.
     Stored Add(const std::string& path, const AddOptions& options = {});
-    // The same of another source, which has this name in messages.
-    Stored Add(Source& source, const std::string& name, const AddOptions& options = {});
-    // The first one in two steps: all the work, by any thread, while others do the same and the
-    // batch is used; then the part of the batch. A file that is dropped in between is removed.
+    // The same in two steps: all the work, by any thread, while others do the same and the batch
+    // is used; then the part of the batch. A file that is dropped in between is removed.
     [[nodiscard]] Incoming Prepare(const std::string& path, const AddOptions& options = {});
     Stored Add(Incoming&& prepared);
     // Makes the bytes of what was added survive a loss of power, without giving it its names: what
@@ -180,18 +178,12 @@ class Batch {
 
   private:
     void CheckUsable() const;
-    void OpenDirectory();
-    std::unique_ptr<Intake> BorrowIntake();
-    void GiveBack(std::unique_ptr<Intake> intake);
 
     Vault& vault_;
     std::vector<Incoming> pending_;
     Expected expected_;
+    GroupIntake intake_;
     bool failed_ = false;
-
-    std::mutex mutex_;  // of what follows
-    FileHandle directory_;
-    std::vector<std::unique_ptr<Intake>> intakes_;  // that no thread uses just now
 };
 
 }  // namespace kxudm::vault

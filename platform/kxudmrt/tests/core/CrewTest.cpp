@@ -84,6 +84,31 @@ TEST(Crew, EndsWhatWasBegunAndDropsTheRest) {
     EXPECT_EQ(held.use_count(), 1) << "what the task held is let go";
 }
 
+TEST(Crew, LetsTheCallerDoWhatNobodyHasBegun) {
+    Crew crew(1);
+    EXPECT_FALSE(crew.Help());
+    std::promise<void> begun;
+    std::promise<void> end;
+    const std::future<void> running = crew.Do([&] {
+        begun.set_value();
+        end.get_future().wait();
+    });
+    begun.get_future().wait();
+    std::vector<std::thread::id> doers;
+    const auto note = [&] { doers.push_back(std::this_thread::get_id()); };
+    std::future<void> bad = crew.Do([&] {
+        note();
+        throw std::out_of_range("beyond");
+    });
+    const std::future<void> good = crew.Do(note);
+    EXPECT_TRUE(crew.Help());
+    EXPECT_TRUE(crew.Help());
+    EXPECT_FALSE(crew.Help());
+    EXPECT_EQ(doers, std::vector(2, std::this_thread::get_id()));
+    EXPECT_THROW(bad.get(), std::out_of_range);
+    end.set_value();
+}
+
 TEST(Crew, WithoutThreadsWorksAtOnce) {
     Crew crew(0);
     int answer = 0;

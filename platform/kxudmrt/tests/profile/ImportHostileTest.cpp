@@ -204,6 +204,14 @@ TEST_F(HostileImport, AContentThatIsNotWhatItsNameSays) {
     EXPECT_NE(Refused(Sealed(ZipOf(changed))), "");
 }
 
+TEST_F(HostileImport, OfTwoFaultsTheFirstIsTold) {
+    ASSERT_GT(entries.size(), 3U);
+    Entries changed = entries;
+    changed[1].content.back() ^= 1;
+    changed.push_back({"files/" + std::string(64, 'f'), "unasked"});
+    EXPECT_THAT(Refused(Sealed(ZipOf(changed))), HasSubstr(changed[1].name + "' has the content"));
+}
+
 TEST_F(HostileImport, AContentThatIsMissing) {
     // Not of one that the library has.
     for (std::size_t i = 1; i < entries.size(); ++i) {

@@ -1,51 +1,19 @@
-#include <malloc.h>
-
 #include <algorithm>
 #include <cerrno>
+#include <deque>
 #include <filesystem>
 #include <fstream>
+#include <future>
 
 #include "Support.h"
+#include "core/Crew.h"
+#include "vault/BytesSource.h"
 #include "vault/Delivery.h"
-
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-// The compiler brings the function, but no header of it.
-extern "C" std::size_t __sanitizer_get_current_allocated_bytes();
-#endif
 
 namespace kxudm::vault {
 namespace {
 
 using testing::HasSubstr;
-
-// A content in memory.
-class Bytes final : public Source {
-  public:
-    explicit Bytes(std::string content) : content_(std::move(content)) {}
-    std::size_t Fill(char* bytes, std::size_t size) override {
-        const std::size_t count = std::min(size, content_.size() - at_);
-        std::copy_n(content_.data() + at_, count, bytes);
-        at_ += count;
-        return count;
-    }
-    void CheckUnchanged() override {}
-    [[nodiscard]] std::uint64_t Size() const override { return content_.size(); }
-    [[nodiscard]] std::int64_t Modified() const override { return 0; }
-
-  private:
-    const std::string content_;
-    std::size_t at_ = 0;
-};
-
-// What is allocated and not given back. Sanitizers keep what was given back for a while.
-std::size_t HeapInUse() {
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-    return __sanitizer_get_current_allocated_bytes();
-#else
-    const struct mallinfo2 state = mallinfo2();
-    return state.uordblks + state.hblkhd;
-#endif
-}
 
 // More than the list of a delivery keeps in memory.
 constexpr int kMany = 1500;
@@ -53,7 +21,7 @@ constexpr int kMany = 1500;
 class DeliveryTest : public testing::Test {
   protected:
     static Stored Add(Delivery& delivery, const std::string& content) {
-        Bytes source(content);
+        BytesSource source(content);
         return delivery.Add(source, "content");
     }
     static void AddMany(Delivery& delivery) {
@@ -190,6 +158,46 @@ TEST_F(DeliveryTest, TakesBackWhatHasItsNameWhereCommitFails) {
         layer_.before = nullptr;
         EXPECT_GT(CountFiles(directory_ + "/00"), 0U);
         delivery.TakeBack(NothingIsUsed);
+    }
+    EXPECT_EQ(CountFiles(directory_), 0U);
+}
+
+TEST_F(DeliveryTest, SeveralThreadsMayPrepareContentsWhileItIsUsed) {
+    constexpr int kContents = 200;
+    vault_.Add(folder_.Write("file", Deck(5000, 7)));
+    std::vector<std::string> hashes;
+    {
+        Delivery delivery(vault_);
+        core::Crew crew(3);
+        std::deque<std::future<Incoming>> prepared;
+        for (int i = 0; i < kContents; ++i) {
+            prepared.push_back(crew.Do([&delivery, i] {
+                const std::string content =
+                    i % 50 == 0 ? Noise(2 * kBlock + 1, i) : Deck(5000 - (i == 7 ? 0 : i), i);
+                BytesSource source(content);
+                return delivery.Prepare(source, "content");
+            }));
+        }
+        for (std::future<Incoming>& each : prepared) {
+            hashes.push_back(delivery.Add(each.get()).hash);
+        }
+        EXPECT_EQ(CountFiles(directory_), static_cast<std::size_t>(kContents) + 1);
+        delivery.Commit();
+    }
+    for (const std::string& hash : hashes) {
+        EXPECT_TRUE(vault_.Holds(hash));
+    }
+    EXPECT_EQ(CountFiles(directory_), static_cast<std::size_t>(kContents));
+    EXPECT_EQ(Problems(vault_), "");
+}
+
+TEST_F(DeliveryTest, WhatWasPreparedAndDroppedIsRemoved) {
+    Delivery delivery(vault_);
+    {
+        const std::string content = Deck(5000);
+        BytesSource source(content);
+        const Incoming dropped = delivery.Prepare(source, "content");
+        EXPECT_EQ(Temporaries(directory_), 1U);
     }
     EXPECT_EQ(CountFiles(directory_), 0U);
 }

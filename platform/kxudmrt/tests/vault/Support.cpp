@@ -1,6 +1,7 @@
 #include "Support.h"
 
 #include <grp.h>
+#include <malloc.h>
 #include <stdlib.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -13,6 +14,11 @@
 #include <random>
 #include <sstream>
 #include <stdexcept>
+
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+// The compiler brings the function, but no header of it.
+extern "C" std::size_t __sanitizer_get_current_allocated_bytes();
+#endif
 
 namespace kxudm::vault {
 
@@ -114,6 +120,15 @@ std::string Problems(Vault& vault) {
         }
     });
     return problems;
+}
+
+std::size_t HeapInUse() {
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+    return __sanitizer_get_current_allocated_bytes();
+#else
+    const struct mallinfo2 state = mallinfo2();
+    return state.uordblks + state.hblkhd;
+#endif
 }
 
 std::string ErrorOf(const std::function<void()>& call) {

@@ -44,6 +44,9 @@ std::size_t Temporaries(const std::string& vaultDirectory);
 // Reads everything in the vault; one line for each thing that is wrong.
 std::string Problems(Vault& vault);
 
+// What is allocated and not given back. Sanitizers keep what was given back for a while.
+std::size_t HeapInUse();
+
 // The text of what the call throws; empty if nothing.
 std::string ErrorOf(const std::function<void()>& call);
 // Runs the call in a child process and answers its result. A child that dies answers "died".
