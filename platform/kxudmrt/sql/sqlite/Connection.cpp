@@ -123,6 +123,8 @@ class Connection final : public sql::Connection {
     std::unordered_map<const NamedStatement*, std::vector<std::unique_ptr<sql::Cursor>>> named_;
     std::vector<std::pair<std::string, std::unique_ptr<sql::Cursor>>> texts_;  // oldest first
     bool full_ = false;
+    std::int64_t dataVersion_ = -1;       // as it was when it was asked last
+    std::int64_t versionWhenAsked_ = -1;  // what was seen then, or as of the commits since
 };
 
 Connection::Connection(const OpenOptions& options)
@@ -188,9 +190,15 @@ void Connection::RequireUntouched() const {
     }
 }
 
+// Where a transaction has its view already, what that saw tells whether there is anything to ask.
 std::int64_t Connection::DataVersion() {
     RequireUntouched();
-    return Number(DATA_VERSION);
+    const bool viewing = sqlite3_txn_state(database_, "main") != SQLITE_TXN_NONE;
+    if (!viewing || SeenVersion() != versionWhenAsked_) {
+        dataVersion_ = Number(DATA_VERSION);
+        versionWhenAsked_ = SeenVersion();
+    }
+    return dataVersion_;
 }
 
 void Connection::RequireWritable() {
@@ -396,7 +404,12 @@ void Connection::RequireFileInPlace() {
 }
 
 void Connection::CommitOutermost() {
+    const bool asked = SeenVersion() == versionWhenAsked_;
     Statement(*this, COMMIT).Run();
+    if (asked) {
+        // Nobody else could commit since then: only this commit is new.
+        versionWhenAsked_ = SeenVersion();
+    }
     BackToNormal();
 }
 

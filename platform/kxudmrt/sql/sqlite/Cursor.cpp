@@ -37,34 +37,36 @@ void Cursor::Fail(int code) const {
     ThrowCode(code, place, sqlite3_errmsg(database_));
 }
 
-void Cursor::Check(int code) const {
+void Cursor::Bound(int code) {
+    used_ = true;
     if (code != SQLITE_OK) {
         Fail(code);
     }
 }
 
 void Cursor::BindNull(int parameter) {
-    Check(sqlite3_bind_null(statement_, parameter));
+    Bound(sqlite3_bind_null(statement_, parameter));
 }
 
 void Cursor::BindInt64(int parameter, std::int64_t value) {
-    Check(sqlite3_bind_int64(statement_, parameter, value));
+    Bound(sqlite3_bind_int64(statement_, parameter, value));
 }
 
 void Cursor::BindDouble(int parameter, double value) {
-    Check(sqlite3_bind_double(statement_, parameter, value));
+    Bound(sqlite3_bind_double(statement_, parameter, value));
 }
 
 void Cursor::BindText(int parameter, std::string_view value) {
-    Check(sqlite3_bind_text64(
+    Bound(sqlite3_bind_text64(
         statement_, parameter, Address(value), value.size(), SQLITE_STATIC, SQLITE_UTF8));
 }
 
 void Cursor::BindBlob(int parameter, std::string_view value) {
-    Check(sqlite3_bind_blob64(statement_, parameter, Address(value), value.size(), SQLITE_STATIC));
+    Bound(sqlite3_bind_blob64(statement_, parameter, Address(value), value.size(), SQLITE_STATIC));
 }
 
 bool Cursor::Step() {
+    used_ = true;
     const int code = sqlite3_step(statement_);
     if (code == SQLITE_ROW) {
         return true;
@@ -76,9 +78,11 @@ bool Cursor::Step() {
 }
 
 void Cursor::Reset() noexcept {
-    // Repeats the code of a failed Step, which has been told already.
-    sqlite3_reset(statement_);
-    sqlite3_clear_bindings(statement_);
+    if (std::exchange(used_, false)) {
+        // Repeats the code of a failed Step, which has been told already.
+        sqlite3_reset(statement_);
+        sqlite3_clear_bindings(statement_);
+    }
 }
 
 ColumnKind Cursor::Kind(int column) const {

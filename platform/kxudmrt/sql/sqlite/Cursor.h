@@ -37,13 +37,14 @@ class Cursor final : public sql::Cursor {
     [[nodiscard]] std::string_view Bytes(int column) const override;
 
   private:
-    void Check(int code) const;
+    void Bound(int code);
     [[noreturn]] void Fail(int code) const;
 
     sqlite3* database_;
     const Place& place_;
     std::string name_;
     sqlite3_stmt* statement_ = nullptr;
+    bool used_ = false;  // since the last Reset
 };
 
 }  // namespace kxudm::sql::sqlite

@@ -138,6 +138,66 @@ TEST(SqliteConnection, DataVersionChangesWithCommitsOfOthersOnly) {
     EXPECT_NE(mine->DataVersion(), before);
 }
 
+TEST(SqliteConnection, DataVersionInATransactionIsThatOfItsView) {
+    TemporaryFolder folder;
+    const auto mine = sqlite::Open({.file = folder.File("a.db"), .create = true});
+    const auto other = sqlite::Open({.file = folder.File("a.db")});
+    mine->Execute("CREATE TABLE t(a)");
+    std::int64_t known = mine->DataVersion();
+    const auto asked = [&](sql::Transaction::Mode mode) {
+        sql::Transaction transaction(*mine, mode);
+        const std::int64_t version = mine->DataVersion();
+        if (mode == sql::Transaction::Mode::Write) {
+            mine->Execute("INSERT INTO t VALUES (1)");
+        }
+        transaction.Commit();
+        return version;
+    };
+    for (const auto mode : {sql::Transaction::Mode::Write, sql::Transaction::Mode::Read}) {
+        EXPECT_EQ(asked(mode), known);
+        EXPECT_EQ(asked(mode), known);
+        other->Execute("INSERT INTO t VALUES (2)");
+        EXPECT_NE(asked(mode), known);
+        known = mine->DataVersion();
+        EXPECT_EQ(asked(mode), known);
+    }
+}
+
+TEST(SqliteConnection, DataVersionTellsOfACommitBetweenTheBeginOfReadingAndTheFirstRead) {
+    TemporaryFolder folder;
+    const auto mine = sqlite::Open({.file = folder.File("a.db"), .create = true});
+    const auto other = sqlite::Open({.file = folder.File("a.db")});
+    mine->Execute("CREATE TABLE t(a)");
+    const std::int64_t before = mine->DataVersion();
+    sql::Transaction transaction(*mine, sql::Transaction::Mode::Read);
+    other->Execute("INSERT INTO t VALUES (1)");
+    const std::int64_t viewed = mine->DataVersion();
+    EXPECT_NE(viewed, before);
+    other->Execute("INSERT INTO t VALUES (2)");
+    EXPECT_EQ(mine->DataVersion(), viewed);
+    transaction.Commit();
+    EXPECT_NE(mine->DataVersion(), viewed);
+}
+
+// Another one may commit between the commit and the flush that follows it.
+TEST(SqliteConnection, DataVersionTellsOfACommitBesideAFlush) {
+    TemporaryFolder folder;
+    const auto mine = sqlite::Open({.file = folder.File("a.db"), .create = true});
+    const auto other = sqlite::Open({.file = folder.File("a.db")});
+    mine->Execute("CREATE TABLE t(a)");
+    {
+        sql::Transaction transaction(*mine);
+        (void)mine->DataVersion();
+        mine->Execute("INSERT INTO t VALUES (1)");
+        transaction.Commit();
+    }
+    const std::int64_t before = mine->DataVersion();
+    other->Execute("INSERT INTO t VALUES (2)");
+    mine->Flush();
+    sql::Transaction transaction(*mine);
+    EXPECT_NE(mine->DataVersion(), before);
+}
+
 TEST(SqliteConnection, AReadingConnectionDoesNotMakeTheFile) {
     TemporaryFolder folder;
     EXPECT_THROW(
