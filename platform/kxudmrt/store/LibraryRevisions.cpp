@@ -2,6 +2,7 @@
 #include <optional>
 #include <utility>
 
+#include "store/FullText.h"
 #include "store/LibraryStore.h"
 #include "store/RevisionStatements.h"
 #include "store/RowReader.h"
@@ -31,8 +32,14 @@ struct Lock {
     }
 };
 
-Lock LockOf(sql::Connection& connection, EntityId id) {
-    sql::Statement find(connection, statements::LOCK_OF);
+// What a working revision has beside its row.
+struct Work {
+    bool heads = false;  // head attributes
+    bool files = false;  // files that end
+    bool links = false;  // links that end
+};
+
+Lock ReadLock(sql::Statement& find, EntityId id) {
     find.BindAll(id);
     if (!find.Step()) {
         throw UDMNotFoundException("entity #" + std::to_string(id) +
@@ -49,12 +56,20 @@ Lock LockOf(sql::Connection& connection, EntityId id) {
     return lock;
 }
 
-// The lock of the viewer, for what only its holder may do.
-Lock OwnLockOf(sql::Connection& connection,
-               EntityId id,
-               const Viewer& viewer,
-               const std::string& deed) {
-    Lock lock = LockOf(connection, id);
+Lock LockOf(sql::Connection& connection, EntityId id) {
+    sql::Statement find(connection, statements::LOCK_OF);
+    return ReadLock(find, id);
+}
+
+Lock LockOf(sql::Connection& connection, EntityId id, Work& work) {
+    sql::Statement find(connection, statements::LOCK_WITH_WORK);
+    Lock lock = ReadLock(find, id);
+    work = {.heads = find.Int(6) != 0, .files = find.Int(7) != 0, .links = find.Int(8) != 0};
+    return lock;
+}
+
+// What only the holder of the lock may do.
+void RequireOwn(const Lock& lock, const Viewer& viewer, const std::string& deed) {
     if (!lock.Held()) {
         throw UDMException("'" + lock.uid + "' can't be " + deed +
                            ": it is not checked out; check it out first");
@@ -63,7 +78,6 @@ Lock OwnLockOf(sql::Connection& connection,
         throw UDMException("'" + lock.uid + "' can't be " + deed + ": " + lock.Holder() +
                            "; only there it can");
     }
-    return lock;
 }
 
 template <typename... Values>
@@ -105,14 +119,18 @@ AttributeList UnpackedAttributes(const EntityRow& row) {
 }
 
 // Everything that belongs to the working revision alone takes the place of the published one.
-void CloseIntervals(sql::Connection& connection, EntityId id, int published) {
-    for (const auto* named : {&statements::DROP_COVERED_HEADS,
-                              &statements::DROP_MASKS,
-                              &statements::PUBLISH_HEADS,
-                              &statements::CLOSE_FILES}) {
-        Run(connection, *named, id);
+void CloseIntervals(sql::Connection& connection, EntityId id, const Work& work, int published) {
+    if (work.heads) {
+        Run(connection, statements::DROP_COVERED_HEADS, id);
+        Run(connection, statements::DROP_MASKS, id);
+        Run(connection, statements::PUBLISH_HEADS, id);
     }
-    Run(connection, statements::CLOSE_LINKS, id, published);
+    if (work.files) {
+        Run(connection, statements::CLOSE_FILES, id);
+    }
+    if (work.links) {
+        Run(connection, statements::CLOSE_LINKS, id, published);
+    }
 }
 
 void OpenWorking(sql::Connection& connection,
@@ -162,7 +180,8 @@ int LibraryStore::CheckOut(EntityId id, std::string_view comment, const Stamp& s
 
 void LibraryStore::AddSavePoint(EntityId id, std::string_view comment, const Stamp& stamp) {
     sql::Transaction transaction(*connection_);
-    const Lock lock = OwnLockOf(*connection_, id, stamp.by, "saved");
+    const Lock lock = LockOf(*connection_, id);
+    RequireOwn(lock, stamp.by, "saved");
     const EntityId revision = RevisionId(id, lock.working);
     Run(*connection_, statements::ADD_SAVE_POINT, revision, stamp.time, stamp.by.user, comment);
     if (!comment.empty()) {
@@ -186,19 +205,22 @@ std::vector<SavePoint> LibraryStore::SavePoints(EntityId id, int revision) {
 
 int LibraryStore::Publish(EntityId id, std::string_view comment, bool keep, const Stamp& stamp) {
     sql::Transaction transaction(*connection_, Mode::Write, Durability::Full);
-    const Lock lock = OwnLockOf(*connection_, id, stamp.by, "published");
+    Work work;
+    const Lock lock = LockOf(*connection_, id, work);
+    RequireOwn(lock, stamp.by, "published");
     RequireOneOwnerAfterPublish(*connection_, id, lock, stamp.by);
     const bool first = lock.published == NO_REVISION;
     const int number = first ? 1 : lock.working;
     Run(*connection_,
-        statements::PUBLISH_REVISION,
+        first ? statements::PUBLISH_FIRST_REVISION : statements::PUBLISH_REVISION,
         RevisionId(id, lock.working),
-        RevisionId(id, number),
         stamp.time,
         stamp.by.user,
         comment);
     Run(*connection_, statements::SET_PUBLISHED, id, number);
-    CloseIntervals(*connection_, id, number);
+    // Full text search has to look at what others see from now on.
+    MarkTexts(*this, id);
+    CloseIntervals(*connection_, id, work, number);
     if (first) {
         Run(*connection_, statements::MOVE_EXACT, id, number);
     }
@@ -211,7 +233,8 @@ int LibraryStore::Publish(EntityId id, std::string_view comment, bool keep, cons
 
 int LibraryStore::Undo(EntityId id, const Stamp& stamp) {
     sql::Transaction transaction(*connection_);
-    const Lock lock = OwnLockOf(*connection_, id, stamp.by, "undone");
+    const Lock lock = LockOf(*connection_, id);
+    RequireOwn(lock, stamp.by, "undone");
     if (lock.published == NO_REVISION) {
         throw UDMException("'" + lock.uid +
                            "' was never published, so that there is nothing to go back to; delete "

@@ -6,21 +6,31 @@
 
 #include "store/Statements.h"
 
+// Who has an entity checked out.
+#define KXUDM_LOCK "SELECT uid, published, working, lock_user, lock_workspace, lock_time"
+#define KXUDM_LOCKED " FROM entity WHERE id = ?1 AND deleted = 0"
+// ?1 is the revision's id; time ?2, user ?3, comment ?4.
+#define KXUDM_PUBLISH                                                          \
+    "UPDATE revision SET state = 1, published_time = ?2, published_user = ?3," \
+    " comment = CASE WHEN ?4 = '' THEN comment ELSE ?4 END"
+// Links to places of kind that the working revision ?2 has come to (1) or left (0).
+#define KXUDM_MOVED(kind)                                                            \
+    "SELECT kind, second, from_rev = ?2 FROM link WHERE first = ?1 AND kind = " kind \
+    " AND to_rev = " KXUDM_OPEN " AND (from_rev = ?2 OR ending = ?2)"
+
 namespace kxudm::store::statements {
 
 // --- Check-out ---
 
-inline constexpr NamedStatement LOCK_OF{
-    "lock of an entity",
-    "SELECT uid, published, working, lock_user, lock_workspace, lock_time FROM entity"
-    " WHERE id = ?1 AND deleted = 0"};
-// The revision behind ?1, a revision's id. Time ?2, user ?3, workspace ?4, comment ?5.
+inline constexpr NamedStatement LOCK_OF{"lock of an entity", KXUDM_LOCK KXUDM_LOCKED};
+// The revision behind ?1, a revision's id. Time ?2, user ?3, workspace ?4, comment ?5. Value by
+// value: rows of a table that is read meanwhile would go through a table of their own.
 inline constexpr NamedStatement COPY_REVISION{
     "copy revision",
     "INSERT INTO revision(id, state, display_name, created_time, created_user, modified_time,"
-    " modified_user, workspace, comment, attributes)"
-    " SELECT id + 1, 0, display_name, ?2, ?3, ?2, ?3, ?4, ?5, attributes"
-    " FROM revision WHERE id = ?1"};
+    " modified_user, workspace, comment, attributes) VALUES (?1 + 1, 0,"
+    " (SELECT display_name FROM revision WHERE id = ?1), ?2, ?3, ?2, ?3, ?4, ?5,"
+    " (SELECT attributes FROM revision WHERE id = ?1))"};
 inline constexpr NamedStatement SET_LOCK{
     "set lock",
     "UPDATE entity SET working = ?2, lock_user = ?3, lock_workspace = ?4, lock_time = ?5"
@@ -40,15 +50,25 @@ inline constexpr NamedStatement SAVE_POINTS{
 
 // --- Publish ---
 
-// ?1 and ?2 are ids of revisions, the same except at the first publish.
-inline constexpr NamedStatement PUBLISH_REVISION{
-    "publish revision",
-    "UPDATE revision SET id = ?2, state = 1, published_time = ?3, published_user = ?4,"
-    " comment = CASE WHEN ?5 = '' THEN comment ELSE ?5 END WHERE id = ?1"};
+inline constexpr NamedStatement PUBLISH_REVISION{"publish revision",
+                                                 KXUDM_PUBLISH " WHERE id = ?1"};
+// Revision 0 becomes 1.
+inline constexpr NamedStatement PUBLISH_FIRST_REVISION{"publish first revision",
+                                                       KXUDM_PUBLISH ", id = id + 1 WHERE id = ?1"};
 inline constexpr NamedStatement SET_PUBLISHED{
     "set published",
     "UPDATE entity SET published = ?2, working = NULL, lock_user = NULL, lock_workspace = NULL,"
     " lock_time = NULL WHERE id = ?1"};
+// With what the working revision has beside its row: head attributes, files and links that end.
+// Most have nothing, which one look tells.
+inline constexpr NamedStatement LOCK_WITH_WORK{
+    "lock with work",
+    KXUDM_LOCK
+    ", EXISTS (SELECT 1 FROM head_attribute WHERE entity = ?1 AND working = 1),"
+    " EXISTS (SELECT 1 FROM file WHERE entity = ?1 AND to_rev = " KXUDM_OPEN
+    " AND ending IS NOT NULL),"
+    " EXISTS (SELECT 1 FROM link INDEXED BY link_ending WHERE first = ?1"
+    " AND ending IS NOT NULL)" KXUDM_LOCKED};
 // The attributes that queries see: the working ones take the places of the published ones.
 inline constexpr NamedStatement DROP_COVERED_HEADS{
     "drop covered head attributes",
@@ -151,11 +171,9 @@ inline constexpr NamedStatement BRANCHES{"branches",
 
 // --- Questions ---
 
-// Places (kinds 3 and 4) that the working revision ?2 has come to (1) or left (0).
-inline constexpr NamedStatement MOVED_PLACES{
-    "moved places",
-    "SELECT kind, second, from_rev = ?2 FROM link WHERE first = ?1 AND kind IN (3, 4)"
-    " AND to_rev = " KXUDM_OPEN " AND (from_rev = ?2 OR ending = ?2)"};
+// Kind by kind: a list of them would be kept in a table of its own.
+inline constexpr NamedStatement MOVED_PLACES{"moved places",
+                                             KXUDM_MOVED("3") " UNION ALL " KXUDM_MOVED("4")};
 // What the viewer would see of an entity, deleted or not; NULL: nothing.
 inline constexpr NamedStatement SEEN_REVISION{
     "seen revision", "SELECT " KXUDM_SEEN " FROM entity e WHERE e.id = ?3"};

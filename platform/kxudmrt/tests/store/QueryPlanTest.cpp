@@ -101,6 +101,8 @@ INSTANTIATE_TEST_SUITE_P(
         Named(statements::SET_COMMENT),
         Named(statements::SAVE_POINTS),
         Named(statements::PUBLISH_REVISION),
+        Named(statements::PUBLISH_FIRST_REVISION),
+        Named(statements::LOCK_WITH_WORK),
         Named(statements::SET_PUBLISHED),
         Named(statements::DROP_COVERED_HEADS),
         Named(statements::DROP_MASKS),
