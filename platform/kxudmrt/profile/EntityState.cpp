@@ -73,6 +73,22 @@ void EntityState::Take(store::EntityRow&& row, bool complete) {
     _freshness = Freshness::Current;
 }
 
+store::EntityRow EntityState::Row() const {
+    Current();
+    return {.id = _id,
+            .uid = std::string(BaseUid()),
+            .definition = _definition->Name(),
+            .name = std::string(NameText()),
+            .revision = _revision,
+            .state = _state,
+            .displayName = std::string(DisplayText()),
+            .createdTime = _createdTime,
+            .createdUser = *_createdUser,
+            .modifiedTime = _modifiedTime,
+            .modifiedUser = *_modifiedUser,
+            .packed = std::string(Packed())};
+}
+
 void EntityState::SetModified(const store::Stamp& stamp) {
     _modifiedTime = stamp.time;
     _modifiedUser = UserText(stamp.by.user);

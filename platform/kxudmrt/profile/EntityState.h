@@ -81,6 +81,9 @@ class EntityState final : public spi::ItemState,
     // Reads the row again if it has changed. Throws UDMNotFoundException if it is gone.
     const EntityState& Current() const;
 
+    // What is known of its row: all but who has the entity checked out, and the attributes only
+    // where they are there.
+    [[nodiscard]] store::EntityRow Row() const;
     // `complete`: the row came with its attributes.
     void Take(store::EntityRow&& row, bool complete = true);
     void SetModified(const store::Stamp& stamp);

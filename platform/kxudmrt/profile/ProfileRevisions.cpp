@@ -67,14 +67,36 @@ void Branch(Session& session,
     session.TouchLinks();
 }
 
+// The revision that a check-out has opened behind a published one. Nothing needs to be read: its
+// row is a copy, and nobody else could change that one meanwhile.
+Session::State Opened(Session& session, const EntityState& published, const store::Stamp& stamp) {
+    store::EntityRow row = published.Row();
+    row.published = row.revision;
+    row.working = ++row.revision;
+    row.state = store::RevisionState::Working;
+    row.modifiedTime = row.lockTime = stamp.time;
+    row.modifiedUser = row.lockUser = stamp.by.user;
+    row.lockWorkspace = stamp.by.workspace;
+    session.Outdate(row.uid);
+    return session.StateOf(std::move(row), published.IsComplete());
+}
+
+// The same of the revision that a working one is published as.
+Session::State Published(Session& session, const EntityState& working, int number) {
+    store::EntityRow row = working.Row();
+    row.published = row.revision = number;
+    row.state = store::RevisionState::Published;
+    session.Outdate(row.uid);
+    return session.StateOf(std::move(row), working.IsComplete());
+}
+
 void CheckOutNewest(Session& session,
                     Operation& operation,
                     const Session::State& state,
                     const kxString& comment) {
     operation.Renew(state);
     const int working = operation.Store().CheckOut(state->Id(), comment, operation.Stamp());
-    session.Outdate(state->BaseUid());
-    const Session::State opened = session.Get(WithRevision(*state, working));
+    const Session::State opened = Opened(session, *state, operation.Stamp());
     operation.Record(Change::Of(SIGNAL_REVISION_ADVANCED, opened).For(Audience::Here));
     operation.Record(
         Change::Of(SIGNAL_STATE_CHANGED, opened).At(working - 1).For(Audience::Elsewhere));
@@ -110,11 +132,10 @@ void Profile::PersistEntity(const UDMItemHandle& handle,
     const std::vector<store::MovedPlace> moved = MovedPlaces(*_session, *working);
     operation.Renew(working);
     const int number = operation.Store().Publish(working->Id(), comment, keep, operation.Stamp());
-    _session->Outdate(working->BaseUid());
-    const Session::State published = _session->Get(WithRevision(*working, number));
+    const Session::State published = Published(*_session, *working, number);
     RecordPublish(operation, published, first);
     if (keep) {
-        const Session::State next = _session->Get(WithRevision(*working, number + 1));
+        const Session::State next = Opened(*_session, *published, operation.Stamp());
         operation.Record(Change::Of(SIGNAL_REVISION_ADVANCED, next).For(Audience::Here));
     }
     RecordPublishedPlaces(*_session, operation, published, moved);
@@ -170,7 +191,8 @@ void Profile::Checkout(const UDMItemHandle& handle, const kxString& comment) {
         return;
     }
     // A working revision has a higher number than all that are published.
-    const int newest = NewestRow(*_session, *state).published;
+    const int newest =
+        state->IsNewest() ? state->Revision() : NewestRow(*_session, *state).published;
     if (state->Revision() < newest) {
         RequireBranchable(*state, newest, takenForNewest);
         Branch(*_session, operation, *state, comment);
