@@ -184,6 +184,34 @@ void ImportLink(store::LibraryStore& store,
                 const ImportedLink& link,
                 std::int64_t position,
                 int ending);
+// --- Import: links whose other end has not come ---
+
+// What stands for the entity, which the library doesn't know, so that links can lead to it.
+[[nodiscard]] store::EntityId Await(store::LibraryStore& store, const std::string& uid);
+// What stood for the entity until now; 0: nothing did. The UID is free for what has come.
+[[nodiscard]] store::EntityId MakeRoom(store::LibraryStore& store, const std::string& uid);
+
+struct AwaitingLink {
+    store::EntityId first = 0;
+    std::string firstUid = {};
+    bool isFirstDeleted = false;
+    store::LinkKind kind = store::LinkKind::Owner;
+    std::string name = {};
+    int to = kOpen;
+    std::int64_t position = 0;
+    int from = 0;
+    int exact = store::NO_REVISION;
+    bool composition = false;
+};
+// Links that led to `awaited` lead to `id`, or are dropped where `take` says false. Then nothing
+// stands for it any more.
+void LetLinksArrive(store::LibraryStore& store,
+                    store::EntityId awaited,
+                    store::EntityId id,
+                    const std::function<bool(const AwaitingLink&)>& take);
+// Whether the entity has a revision of that number, or came without those from it back.
+[[nodiscard]] bool MayStayOn(store::LibraryStore& store, store::EntityId id, int revision);
+
 [[nodiscard]] bool HasOtherPlace(store::LibraryStore& store, const ImportedLink& link);
 // UID of another owner beside which `first` can't own `second`; empty if there is none.
 [[nodiscard]] std::string OtherOwner(store::LibraryStore& store, const ImportedLink& link);

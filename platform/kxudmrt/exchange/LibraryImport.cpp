@@ -5,6 +5,7 @@
 #include "exchange/LibraryExchange.h"
 #include "store/ExchangeStatements.h"
 #include "store/FileStatements.h"
+#include "store/MaintenanceStatements.h"
 #include "store/RevisionStatements.h"
 #include "store/RowReader.h"
 
@@ -77,6 +78,25 @@ void InsertFile(
         file.added,
         file.isText,
         TextOrNull(file.externalPath));
+}
+
+bool NextAwaiting(store::LibraryStore& store, store::EntityId awaited, AwaitingLink& link) {
+    sql::Statement find(store.Connection(), store::statements::AWAITING_LINK);
+    find.BindAll(awaited);
+    if (!find.Step()) {
+        return false;
+    }
+    link.first = find.Int64(0);
+    link.firstUid = find.String(1);
+    link.isFirstDeleted = find.Int64(2) != 0;
+    link.kind = static_cast<store::LinkKind>(find.Int(3));
+    link.name = find.String(4);
+    link.to = find.Int(5);
+    link.position = find.Int64(6);
+    link.from = find.Int(7);
+    link.exact = find.IsNull(8) ? store::NO_REVISION : find.Int(8);
+    link.composition = find.Int(9) != 0;
+    return true;
 }
 
 }  // namespace
@@ -277,6 +297,65 @@ void ImportLink(store::LibraryStore& store,
         link.from,
         NumberOrNull(ending),
         link.composition);
+}
+
+store::EntityId Await(store::LibraryStore& store, const std::string& uid) {
+    sql::Statement find(store.Connection(), store::statements::AWAITED);
+    find.BindAll(uid);
+    if (find.Step()) {
+        return find.Int64(0);
+    }
+    Run(store, store::statements::AWAIT, uid);
+    return store.Connection().LastInsertId();
+}
+
+store::EntityId MakeRoom(store::LibraryStore& store, const std::string& uid) {
+    sql::Statement find(store.Connection(), store::statements::AWAITED);
+    find.BindAll(uid);
+    if (!find.Step()) {
+        return 0;
+    }
+    const store::EntityId awaited = find.Int64(0);
+    Run(store, store::statements::GIVE_UID_BACK, awaited);
+    return awaited;
+}
+
+void LetLinksArrive(store::LibraryStore& store,
+                    store::EntityId awaited,
+                    store::EntityId id,
+                    const std::function<bool(const AwaitingLink&)>& take) {
+    AwaitingLink link;
+    while (NextAwaiting(store, awaited, link)) {
+        const bool taken = take(link);
+        const auto change = [&](const sql::NamedStatement& named, auto... more) {
+            Run(store,
+                named,
+                awaited,
+                link.first,
+                link.kind,
+                link.to,
+                link.name,
+                link.position,
+                link.from,
+                more...);
+        };
+        if (taken) {
+            change(store::statements::LET_LINK_ARRIVE, id);
+        } else {
+            change(store::statements::DROP_AWAITING_LINK);
+        }
+    }
+    Run(store, store::statements::PURGE_ENTITY, awaited);
+}
+
+bool MayStayOn(store::LibraryStore& store, store::EntityId id, int revision) {
+    store::EntityDetails ignored;
+    if (revision == store::NO_REVISION || store.Details(id, revision, ignored)) {
+        return true;
+    }
+    sql::Statement first(store.Connection(), store::statements::FIRST_REVISION);
+    first.BindAll(id);
+    return first.Step() && revision < first.Int(0);
 }
 
 bool HasOtherPlace(store::LibraryStore& store, const ImportedLink& link) {

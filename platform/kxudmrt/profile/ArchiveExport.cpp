@@ -5,8 +5,6 @@
 
 namespace kxudm::profile {
 
-namespace {}  // namespace
-
 ArchiveExport::ArchiveExport(Session& session, const kxString& path, exchange::Scope scope)
     : _session(session),
       _scope(scope),

@@ -46,6 +46,9 @@ class EntityImport {
                       const exchange::RevisionRecord& differing,
                       int depth);
     Result Append(const EntityRecord& entity, const exchange::KnownEntity& known);
+    // Links lead to `id` that led to what stood for it, if anything did (0).
+    void LetLinksArrive(store::EntityId awaited, const std::string& uid, store::EntityId id);
+    std::string Obstacle(const exchange::ImportedLink& link);
     Result Refuse(const exchange::KnownEntity& known, const std::string& why);
     void AddMissingFiles(const EntityRecord& entity, const exchange::KnownEntity& known);
     [[nodiscard]] store::AttributeList Shown(const EntityRecord& entity) const;

@@ -16,11 +16,6 @@ using exchange::ImportedLink;
 using exchange::LinkRecord;
 using store::LinkKind;
 
-std::string TextOf(const LinkRecord& link) {
-    return (link.name.empty() ? std::string() : "\"" + catalogue::Printable(link.name) + "\" ") +
-           "to " + link.other;
-}
-
 }  // namespace
 
 void LinkImport::Begin(const std::string& first) {
@@ -79,8 +74,8 @@ void LinkImport::RequireFitting(const LinkRecord& link) {
     const bool fits = group != nullptr && KindOfCategory(group->category) == link.kind &&
                       group->composition == link.composition;
     if (!fits) {
-        throw UDMException("The archive's link " + TextOf(link) + " of " + _first +
-                           " doesn't fit the content definition \"" + definition.Name() +
+        throw UDMException("The archive's link " + LinkText(link.name, link.other) + " of " +
+                           _first + " doesn't fit the content definition \"" + definition.Name() +
                            "\"; expected a group of it, of that category and composition");
     }
 }
@@ -96,7 +91,8 @@ bool LinkImport::ToLocal(const LinkRecord& link, ImportedLink& made) const {
     made.from = _arrival.Local(std::max(link.from, _arrival.diverged));
     made.to = _arrival.Local(link.to);
     if (made.from > _arrival.newest || (made.to != exchange::kOpen && made.to > _arrival.newest)) {
-        throw UDMException("The archive's link " + TextOf(link) + " of " + _first +
+        throw UDMException("The archive's link " + LinkText(link.name, link.other) + " of " +
+                           _first +
                            " begins or ends at a revision that is not in it; expected one that is");
     }
     if (_arrival.mode == ArrivalMode::Equal && _arrival.newest < _arrival.known &&
@@ -107,28 +103,38 @@ bool LinkImport::ToLocal(const LinkRecord& link, ImportedLink& made) const {
 }
 
 // Many contents lie in one folder: the last other end is mostly the next one, too.
-const LinkImport::Other& LinkImport::FindOther(const std::string& uid) {
+LinkImport::Other& LinkImport::FindOther(const std::string& uid) {
     if (_other.uid != uid) {
         _other = {uid};
         exchange::KnownEntity known;
         if (exchange::FindArrival(_store, uid, _other.arrival)) {
             _other.hasArrived = true;
-        } else if (exchange::FindKnown(_store, uid, known) && !known.deleted) {
-            _other.known = known.id;
+        } else if (exchange::FindKnown(_store, uid, known)) {
+            _other.known = known.deleted ? 0 : known.id;
+            _other.isDeleted = known.deleted;
         }
     }
     return _other;
 }
 
 bool LinkImport::FindOther(const LinkRecord& link, ImportedLink& made) {
-    const Other& other = FindOther(link.other);
+    Other& other = FindOther(link.other);
     const Arrival& arrival = other.arrival;
     const bool inBranch = arrival.diverged > 0 && link.exact >= arrival.diverged;
     made.second = !other.hasArrived ? other.known : inBranch ? arrival.id : arrival.origin;
     made.exact = inBranch ? arrival.Local(link.exact) : link.exact;
-    store::EntityDetails ignored;
-    return made.second != 0 &&
-           (made.exact == store::NO_REVISION || _store.Details(made.second, made.exact, ignored));
+    if (made.second != 0) {
+        return exchange::MayStayOn(_store, made.second, made.exact);
+    }
+    // Places come along with what lies in them.
+    if (other.hasArrived || other.isDeleted || !store::BorneByParent(link.kind)) {
+        return false;
+    }
+    if (other.awaited == 0) {
+        other.awaited = exchange::Await(_store, link.other);
+    }
+    made.second = other.awaited;
+    return true;
 }
 
 std::string LinkImport::Obstacle(const ImportedLink& made) {
@@ -156,7 +162,7 @@ std::string LinkImport::Obstacle(const ImportedLink& made) {
 
 void LinkImport::Insert(const LinkRecord& link, const ImportedLink& made) {
     if (const std::string why = Obstacle(made); !why.empty()) {
-        _notes.LeftOut(_first, TextOf(link) + ": " + why);
+        _notes.LeftOut(_first, LinkText(link.name, link.other) + ": " + why);
         return;
     }
     const auto [position, isNew] = _positions.emplace(std::pair(made.kind, link.name), 0);
@@ -173,7 +179,7 @@ void LinkImport::Insert(const LinkRecord& link, const ImportedLink& made) {
     if (made.kind == LinkKind::Owner) {
         _owned.push_back(made.second);
     }
-    if (made.to != exchange::kOpen) {
+    if (made.to != exchange::kOpen || made.second == _other.awaited) {
         return;
     }
     if (IsContainerKind(made.kind)) {

@@ -1,8 +1,8 @@
 // How the links of an archive become links of the library, once all its entities are there.
 //
 // Layer: profile. Works within the import's operation. What the library can't hold (a circle, a
-// second folder, a second owner) is left out and noted; a link whose other end is nowhere is passed
-// over, and made by a later import that finds it.
+// second folder, a second owner) is left out and noted; a link whose other end has not come is kept
+// where nobody sees it, until the import that brings it.
 #pragma once
 
 #include <map>
@@ -40,9 +40,11 @@ class LinkImport {
         bool hasArrived = false;
         exchange::Arrival arrival = {};
         store::EntityId known = 0;
+        bool isDeleted = false;
+        store::EntityId awaited = 0;  // what stands for it, once a link leads there
     };
-    const Other& FindOther(const std::string& uid);
-    // False if there is no other end here.
+    Other& FindOther(const std::string& uid);
+    // False if there can be no other end here.
     bool FindOther(const exchange::LinkRecord& link, exchange::ImportedLink& made);
     // False if the link is of revisions that the library has from elsewhere.
     bool ToLocal(const exchange::LinkRecord& link, exchange::ImportedLink& made) const;

@@ -127,9 +127,10 @@ inline constexpr NamedStatement EXCHANGE_FILES{
 inline constexpr NamedStatement EXCHANGE_LINKS{
     "links for exchange",
     "SELECT l.kind, l.name, s.uid, l.from_rev, " KXUDM_HELD_TO("l") ", l.exact, l.composition"
-    " FROM link l CROSS JOIN entity s ON s.id = l.second AND " KXUDM_EXPORTABLE("s")
-    " WHERE l.first = ?1 AND (l.exact IS NULL OR EXISTS (SELECT 1 FROM revision r"
-    " WHERE r.id = (l.second << 24) + l.exact AND r.state <> 0))"
+    " FROM link l CROSS JOIN entity s ON s.id = l.second"
+    " AND (" KXUDM_EXPORTABLE("s") " OR s.deleted = " KXUDM_AWAITED
+    ") WHERE l.first = ?1 AND (l.exact IS NULL OR l.exact <= s.published"
+    " OR s.deleted = " KXUDM_AWAITED ")"
     " ORDER BY l.kind, l.name, l.position, l.from_rev, s.uid"};
 
 // --- Import: entities ---
@@ -138,7 +139,7 @@ inline constexpr NamedStatement ANY_ENTITY{"any entity", "SELECT 1 FROM entity L
 inline constexpr NamedStatement KNOWN_ENTITY{
     "known entity",
     "SELECT id, definition, name, published, working, lock_user, lock_workspace, lock_time, deleted"
-    " FROM entity WHERE uid = ?1"};
+    " FROM entity WHERE uid = ?1 AND deleted <> " KXUDM_AWAITED};
 inline constexpr NamedStatement IMPORT_ENTITY{
     "import entity",
     "INSERT INTO entity(uid, definition, name, published, created_time, created_user,"
@@ -237,6 +238,35 @@ inline constexpr NamedStatement IMPORT_LINK{
     "INSERT INTO link(first, kind, name, second, exact, to_rev, position, from_rev, ending,"
     " composition, entry) VALUES (?1, ?2, ?3, ?4, ?5, ?6, ?7, ?8, ?9, ?10,"
     " CASE WHEN ?2 = 3 THEN (SELECT name FROM entity WHERE id = ?1) END)"};
+// --- Import: links whose other end has not come; ?1 what stands for it ---
+
+inline constexpr NamedStatement AWAIT{
+    "await an entity",
+    "INSERT INTO entity(uid, definition, name, published, created_time, created_user,"
+    " created_workspace, deleted) VALUES (?1, '', '', 0, 0, '', '', " KXUDM_AWAITED ")"};
+inline constexpr NamedStatement AWAITED{
+    "awaited entity", "SELECT id FROM entity WHERE uid = ?1 AND deleted = " KXUDM_AWAITED};
+// The UID is for what has come. No UID ends so.
+inline constexpr NamedStatement GIVE_UID_BACK{"give a UID back",
+                                              "UPDATE entity SET uid = uid || '?' WHERE id = ?1"};
+inline constexpr NamedStatement AWAITING_LINK{
+    "link that awaits its end",
+    "SELECT l.first, p.uid, p.deleted, l.kind, l.name, l.to_rev, l.position, l.from_rev, l.exact,"
+    " l.composition FROM link l INDEXED BY link_second CROSS JOIN entity p ON p.id = l.first"
+    " WHERE l.second = ?1 ORDER BY l.kind, l.to_rev, l.first, l.name LIMIT 1"};
+inline constexpr NamedStatement LET_LINK_ARRIVE{
+    "let a link arrive",
+    "UPDATE link SET second = ?8 WHERE first = ?2 AND kind = ?3 AND to_rev = ?4 AND name = ?5"
+    " AND position = ?6 AND second = ?1 AND from_rev = ?7"};
+inline constexpr NamedStatement DROP_AWAITING_LINK{
+    "drop a link that awaits its end",
+    "DELETE FROM link WHERE first = ?2 AND kind = ?3 AND to_rev = ?4 AND name = ?5"
+    " AND position = ?6 AND second = ?1 AND from_rev = ?7"};
+inline constexpr NamedStatement FIRST_REVISION{
+    "first revision that came",
+    "SELECT id & 16777215 FROM revision WHERE id BETWEEN (?1 << 24) AND (?1 << 24) + 16777215"
+    " AND state <> 0 ORDER BY id LIMIT 1"};
+
 // A place of that kind that goes on.
 inline constexpr NamedStatement OTHER_PLACE{
     "other place",

@@ -239,6 +239,7 @@ std::size_t PurgeDeleted(LibraryStore& store, Microseconds time) {
                 }
                 ++purged;
             }
+            sql::Statement(store.Connection(), statements::PURGE_AWAITED).Run();
             return purged;
         },
         sql::Transaction::Durability::Full);

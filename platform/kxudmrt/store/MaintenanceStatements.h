@@ -27,7 +27,8 @@ namespace kxudm::store::statements {
 inline constexpr NamedStatement NEWEST_MISSING{
     "newest revisions that are missing",
     "SELECT e.uid || ':' || e.published, 'the newest published revision is not stored'"
-    " FROM entity e WHERE e.published IS NOT NULL AND NOT EXISTS"
+    " FROM entity e WHERE e.published IS NOT NULL AND e.deleted <> " KXUDM_AWAITED
+    " AND NOT EXISTS"
     " (SELECT 1 FROM revision r WHERE r.id = (e.id << 24) + e.published) UNION ALL"
     " SELECT e.uid || ':' || e.working, 'the working revision is not stored' FROM entity e"
     " WHERE e.working IS NOT NULL AND NOT EXISTS"
@@ -75,13 +76,16 @@ inline constexpr NamedStatement LINKS_TWICE{
     " ROWS BETWEEN UNBOUNDED PRECEDING AND 1 PRECEDING) AS before FROM link k) l"
     " LEFT JOIN entity e ON e.id = l.first LEFT JOIN entity s ON s.id = l.second"
     " WHERE l.before > l.from_rev"};
+// A relation may stay on a revision that is older than all that came of its end.
 inline constexpr NamedStatement DANGLING_LINKS{
     "dangling links",
     "SELECT " KXUDM_LINK_NAME
     ", CASE WHEN e.id IS NULL OR s.id IS NULL THEN 'one end of it is not there'"
     " ELSE 'it stays on revision ' || l.exact || ', which is not there' END" KXUDM_LINKS
-    "e.id IS NULL OR s.id IS NULL OR (l.exact IS NOT NULL AND NOT EXISTS"
-    " (SELECT 1 FROM revision r WHERE r.id = (l.second << 24) + l.exact))"};
+    "e.id IS NULL OR s.id IS NULL OR (l.exact IS NOT NULL AND s.deleted <> " KXUDM_AWAITED
+    " AND NOT EXISTS (SELECT 1 FROM revision r WHERE r.id = (l.second << 24) + l.exact)"
+    " AND (SELECT min(r.id) FROM revision r WHERE r.id >> 24 = l.second"
+    " AND r.id >= l.second << 24) > (l.second << 24) + l.exact IS NOT TRUE)"};
 inline constexpr NamedStatement TWO_OWNERS{
     "children with two owners",
     "SELECT c.uid, 'it is owned by composition and has ' || count(DISTINCT l.first) || ' owners'"
@@ -141,13 +145,15 @@ inline constexpr NamedStatement ALL_NEWEST{
     "SELECT e.id, e.uid, p.display_name, p.attributes, w.display_name, w.attributes, e.definition"
     " FROM entity e"
     " LEFT JOIN revision p ON p.id = (e.id << 24) + e.published"
-    " LEFT JOIN revision w ON w.id = (e.id << 24) + e.working ORDER BY e.id"};
+    " LEFT JOIN revision w ON w.id = (e.id << 24) + e.working"
+    " WHERE e.deleted <> " KXUDM_AWAITED " ORDER BY e.id"};
 inline constexpr NamedStatement HEADS_OF{
     "search attributes of an entity",
     "SELECT name, working, value FROM head_attribute WHERE entity = ?1"};
 inline constexpr NamedStatement DEFINITIONS_USED{
     "definitions in use",
-    "SELECT definition, min(uid), count(*) FROM entity GROUP BY definition ORDER BY definition"};
+    "SELECT definition, min(uid), count(*) FROM entity WHERE deleted <> " KXUDM_AWAITED
+    " GROUP BY definition ORDER BY definition"};
 // Of kind ?1. Ending links count: an undo brings them back.
 inline constexpr NamedStatement ALL_LINKS_OF_KIND{
     "all links of a kind",
@@ -171,7 +177,8 @@ inline constexpr NamedStatement DELETED_ENTITIES{
     "SELECT e.id, e.uid, e.definition, e.name, e.published, e.working, e.deleted, d.time,"
     " e.lock_user, e.lock_workspace"
     " FROM entity e LEFT JOIN (SELECT entity, max(time) AS time FROM journal WHERE op IN (44, -44)"
-    " GROUP BY entity) d ON d.entity = e.id WHERE e.deleted <> 0 ORDER BY e.id"};
+    " GROUP BY entity) d ON d.entity = e.id WHERE e.deleted <> 0"
+    " AND e.deleted > 0 ORDER BY e.id"};
 inline constexpr NamedStatement YOUNGEST_ENTITY{"youngest entity", "SELECT max(id) FROM entity"};
 inline constexpr NamedStatement PURGE_REVISIONS{
     "purge revisions",
@@ -181,6 +188,12 @@ inline constexpr NamedStatement PURGE_HEADS{"purge search attributes",
 inline constexpr NamedStatement PURGE_LINKS{"purge links",
                                             "DELETE FROM link WHERE first = ?1 OR second = ?1"};
 inline constexpr NamedStatement PURGE_FILES{"purge files", "DELETE FROM file WHERE entity = ?1"};
+// What stands for entities to which no link leads any more. Ids are not used again.
+inline constexpr NamedStatement PURGE_AWAITED{
+    "purge what is awaited no more",
+    "DELETE FROM entity WHERE deleted = " KXUDM_AWAITED
+    " AND deleted <> 0 AND id < (SELECT max(id) FROM entity)"
+    " AND NOT EXISTS (SELECT 1 FROM link WHERE second = entity.id)"};
 inline constexpr NamedStatement PURGE_ENTITY{"purge entity", "DELETE FROM entity WHERE id = ?1"};
 // The first entry that is not older than ?1, else the last of all.
 inline constexpr NamedStatement JOURNAL_BEGIN{

@@ -149,8 +149,8 @@ inline constexpr NamedStatement BRANCH_LINKS{
     "branch links",
     "INSERT INTO link(first, kind, name, position, second, from_rev, exact, composition, entry)"
     " SELECT ?1, l.kind, l.name, l.position, l.second, 0, l.exact, 0, l.entry FROM link l"
-    " CROSS JOIN entity e ON e.id = l.second AND e.deleted = 0"
-    " WHERE l.first = ?2 AND l.kind IN (1, 2, 3, 4) AND l.to_rev > ?3 AND l.from_rev <= ?3"
+    " CROSS JOIN entity e ON e.id = l.second AND e.deleted IN (0, " KXUDM_AWAITED
+    ") WHERE l.first = ?2 AND l.kind IN (1, 2, 3, 4) AND l.to_rev > ?3 AND l.from_rev <= ?3"
     " AND l.composition = 0 AND (l.kind <> 1 OR NOT EXISTS (SELECT 1 FROM link o"
     " CROSS JOIN entity p ON p.id = o.first AND p.deleted = 0 WHERE o.second = l.second"
     " AND o.kind = 1 AND o.to_rev = " KXUDM_OPEN " AND o.composition = 1))"};

@@ -22,6 +22,8 @@
 // A revision that this viewer may look at by its number.
 #define KXUDM_MAY_SEE "(r.state <> 0 OR (e.lock_user = ?1 AND e.lock_workspace = ?2))"
 #define KXUDM_OPEN "2147483647"
+// What `deleted` is of an entity of which nothing is here yet but links to it.
+#define KXUDM_AWAITED "-1"
 
 // Children by links that the parent bears. ?3 parent, ?4 kind, ?5 parent's revision.
 #define KXUDM_BORNE_FROM                                                            \
@@ -146,10 +148,12 @@ inline constexpr NamedStatement OWNED{
     " SELECT e.id, e.uid, e.definition, e.published, e.working, e.lock_user, e.lock_workspace,"
     " e.lock_time FROM owned o CROSS JOIN entity e ON e.id = o.id WHERE e.deleted = 0"};
 inline constexpr NamedStatement LAST_DELETION{
-    "last deletion", "SELECT coalesce(max(deleted), 0) FROM entity WHERE deleted <> 0"};
+    "last deletion",
+    "SELECT coalesce(max(deleted), 0) FROM entity WHERE deleted <> 0 AND deleted > 0"};
 inline constexpr NamedStatement HIDE{"hide", "UPDATE entity SET deleted = ?2 WHERE id = ?1"};
 inline constexpr NamedStatement DELETION_OF{"deletion of",
-                                            "SELECT deleted FROM entity WHERE uid = ?1"};
+                                            "SELECT deleted FROM entity WHERE uid = ?1"
+                                            " AND deleted > 0"};
 inline constexpr NamedStatement UNHIDE{
     "unhide", "UPDATE entity SET deleted = 0 WHERE deleted = ?1 AND deleted <> 0"};
 

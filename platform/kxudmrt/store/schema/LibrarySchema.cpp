@@ -23,7 +23,9 @@ namespace {
 // - `entry` repeats the child's name in links of kind 3, for the look-up of folder paths.
 // - from_rev 0 stays as it is when revision 0 is published as 1.
 // - A journal entry with a negative op is told to everybody but its user in its workspace.
-// - `deleted` is 0 or the number of the deletion that hid the entity.
+// - `deleted` is 0, the number of the deletion that hid the entity, or -1: nothing of it has come
+//   yet but links to it, of kinds 1, 2 and 5. Its row has the UID alone, no definition and no
+//   revision, and makes room when the entity comes.
 // - text_attribute and text_content are indexes of prepared texts (text/Terms.h). Row 2 * entity of
 //   text_attribute has the words of the published (or unversioned) revision, the row behind it
 //   those of the working one; entities of which that may be out of date stand in text_pending. A
