@@ -270,6 +270,41 @@ class GeneratedLibrary : public Exchange {
         }
     }
 
+    // What was published and is there, in any order.
+    Uids Exportable(const ProfilePtr& profile) {
+        Uids found;
+        for (const kxString& uid : uids) {
+            Try([&] {
+                static_cast<void>(profile->GetEntity(uid));
+                found.push_back(uid);
+            });
+        }
+        std::shuffle(found.begin(), found.end(), random);
+        return found;
+    }
+    // What every revision of an entity leads to, line by line.
+    static Names Links(const ProfilePtr& profile, const kxString& uid) {
+        Names lines;
+        for (int revision = 1; revision <= profile->GetEntity(uid).GetRevision(); ++revision) {
+            const UDMItemHandle handle = profile->GetEntity(uid + ":" + std::to_string(revision));
+            for (const kxString group : {"kits", "mates", "uses", "sees"}) {
+                for (const std::string& name : Children(profile, handle, group)) {
+                    lines.push_back(std::to_string(revision) + " " + group + " " + name);
+                }
+            }
+            kxStlVector<UDMItemHandle> targets;
+            profile->GetReferences(targets, handle, "");
+            for (const UDMItemHandle& target : targets) {
+                lines.push_back(std::to_string(revision) + " refers to " + Base(target));
+            }
+            for (const std::string& name : Parents(profile, handle, "rel")) {
+                lines.push_back(std::to_string(revision) + " is related by " + name);
+            }
+        }
+        std::sort(lines.begin(), lines.end());
+        return lines;
+    }
+
     const unsigned seed = Seed();
     std::mt19937 random{seed};
     Uids uids;
@@ -285,6 +320,43 @@ TEST_F(GeneratedLibrary, IsTheSameArchiveAgain) {
     EXPECT_GT(report.entities.size(), 10U);
     EXPECT_THAT(Problems(tom, true), IsEmpty());
     EXPECT_TRUE(Exported(tom) == first);
+}
+
+// Links lead out of a part: to what the next library doesn't have.
+TEST_F(GeneratedLibrary, IsTheSameArchiveAgainInEveryPart) {
+    std::cout << "KXUDM_SEED=" << seed << "\n";
+    Grow(ann, 400);
+    const ProfilePtr reader = source.Open("reader");
+    for (int round = 0; round < 12; ++round) {
+        Uids part = Exportable(reader);
+        part.resize(1 + Below(part.size()));
+        const int scope = round % 3;
+        Export(part, scope);
+        Library third;
+        const ProfilePtr eve = third.Open("eve");
+        ASSERT_THAT(Import(eve).leftOut, IsEmpty());
+        ASSERT_THAT(Problems(eve, true), IsEmpty()) << "round " << round;
+        ASSERT_TRUE(Exported(eve, {}, scope) == ReadFile(Archive())) << "round " << round;
+    }
+}
+
+TEST_F(GeneratedLibrary, IsWholeAfterItsPartsInAnyOrder) {
+    std::cout << "KXUDM_SEED=" << seed << "\n";
+    Grow(ann, 500);
+    const ProfilePtr reader = source.Open("reader");
+    const Uids parts = Exportable(reader);
+    ASSERT_GT(parts.size(), 5U);
+    for (const kxString& uid : parts) {
+        const UDMImportReport report = Carry({uid});
+        ASSERT_THAT(report.leftOut, IsEmpty()) << report.leftOut.front().text;
+        ASSERT_THAT(Problems(tom, true), IsEmpty());
+    }
+    std::size_t links = 0;
+    for (const kxString& uid : parts) {
+        EXPECT_EQ(Links(tom, uid), Links(reader, uid)) << uid;
+        links += Links(reader, uid).size();
+    }
+    EXPECT_GT(links, 0U);
 }
 
 // The second archive brings only what came behind the first one.
