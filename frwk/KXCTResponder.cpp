@@ -52,8 +52,6 @@ KXCTResponder::KXCTResponder(int batchMode, const kxString& package, const kxStr
     }
 }
 
-KXCTResponder::~KXCTResponder() = default;
-
 bool KXCTResponder::_AnswersYes() const {
     return _batchMode != 0 || _yestoall != 0 || Interp() == nullptr;
 }

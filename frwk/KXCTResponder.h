@@ -27,7 +27,7 @@ class KXCTResponder : public kxlm::iLibraryManagerResponder {
     // Loads `package` into the interpreter, if there is one by now. One that can't be loaded shows
     // at the first question. With `batchMode` not 0 nobody is asked.
     KXCTResponder(int batchMode, const kxString& package, const kxString& procedure);
-    ~KXCTResponder() override;
+    ~KXCTResponder() override = default;
 
     // The order of the virtual operations is that of the interface.
 

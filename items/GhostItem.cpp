@@ -4,8 +4,6 @@ namespace kxct {
 
 GhostItem::GhostItem(ItemManager* manager) : ItemImpl(manager, nullptr, "GhostItem") {}
 
-GhostItem::~GhostItem() = default;
-
 const kxString& GhostItem::IsA() {
     static const kxString name("GhostItem");
     return name;

@@ -37,8 +37,6 @@ HistoryCategoryItem::HistoryCategoryItem(ItemManager* manager,
     ++_counter;
 }
 
-HistoryCategoryItem::~HistoryCategoryItem() = default;
-
 const kxString& HistoryCategoryItem::IsA() {
     static const kxString name("HistoryCategoryItem");
     return name;

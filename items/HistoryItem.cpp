@@ -17,8 +17,6 @@ HistoryItem::HistoryItem(ItemManager* manager, UDMDBCtrl* session, const UDMItem
     m_handle = handle;
 }
 
-HistoryItem::~HistoryItem() = default;
-
 const kxString& HistoryItem::IsA() {
     static const kxString name("HistoryItem");
     return name;

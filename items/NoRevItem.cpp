@@ -10,8 +10,6 @@ namespace kxct {
 NoRevItem::NoRevItem(ItemManager* manager, UDMDBCtrl* session, const kxudm::UDMUID& uid)
     : ItemImpl(manager, session, uid.GetDmUid()) {}
 
-NoRevItem::~NoRevItem() = default;
-
 const kxString& NoRevItem::IsA() {
     static const kxString name("NoRevItem");
     return name;

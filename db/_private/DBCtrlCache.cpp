@@ -59,8 +59,7 @@ UDMDBCtrl* DBCtrlCache::Get(const kxString& library,
 }
 
 void DBCtrlCache::Drop(UDMDBCtrl* session) {
-    const UDMUID uid = session->GetSessionUID();  // a copy: the session may go below
-    const auto found = _sessions.find(uid);
+    const auto found = _sessions.find(session->GetSessionUID());
     if (found == _sessions.end()) {
         return;
     }
@@ -70,12 +69,12 @@ void DBCtrlCache::Drop(UDMDBCtrl* session) {
     delete found->second.session;
     // Only the first key goes. A second one of the same session stays on and leads to nothing.
     for (auto key = _keys.begin(); key != _keys.end(); ++key) {
-        if (key->second == uid) {
+        if (key->second == found->first) {
             _keys.erase(key);
             break;
         }
     }
-    _sessions.erase(uid);
+    _sessions.erase(found);
 }
 
 }  // namespace kxct

@@ -110,7 +110,7 @@ void UDMDBCtrl::SetVault(UDMItemHandle& handle, const kxString& vault) {
 kxString UDMDBCtrl::_CreateFileInTmpDirectory(const kxString& directory,
                                               const kxString& name,
                                               const kxString& content) {
-    const kxString path = directory + "/" + name;
+    kxString path = directory + "/" + name;
     std::ofstream file(path);
     if (!file.is_open()) {
         std::cout << "Unable to open file";

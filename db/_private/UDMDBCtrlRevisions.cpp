@@ -33,8 +33,7 @@ void AppendIfFound(UDMDBCtrl& session, kxStlVector<UDMItemHandle>& out, Uid&& ui
 void AppendBranches(UDMDBCtrl& session,
                     const UDMHistoryNode& root,
                     kxStlVector<UDMItemHandle>& out) {
-    const UDMHistoryNode::List branches = root.GetBranchList();
-    for (const auto& node : branches) {
+    for (const auto& node : root.GetBranchList()) {
         AppendIfFound(session, out, [&] { return Existing(node).GetBaseUID(); });
     }
 }
@@ -43,8 +42,7 @@ void AppendBranches(UDMDBCtrl& session,
 void AppendOlderVersions(UDMDBCtrl& session,
                          const UDMHistoryNode& root,
                          kxStlVector<UDMItemHandle>& out) {
-    const UDMHistoryNode::List versions = root.GetVersionList();
-    for (const auto& node : versions) {
+    for (const auto& node : root.GetVersionList()) {
         if (Existing(node).GetVersion() >= root.GetVersion()) {
             continue;
         }

@@ -64,6 +64,7 @@ std::vector<kxct::Item*> SortedChildren(kxct::Item& folder) {
     }
     std::sort(keyed.begin(), keyed.end());
     std::vector<kxct::Item*> sorted;
+    sorted.reserve(keyed.size());
     for (const auto& [key, item] : keyed) {
         sorted.push_back(item);
     }

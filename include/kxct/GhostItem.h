@@ -11,7 +11,7 @@ namespace kxct {
 class KXCT_EXPORT GhostItem : public ItemImpl {
   public:
     explicit GhostItem(ItemManager* manager);
-    ~GhostItem() override;
+    ~GhostItem() override = default;
 
     const kxString& IsA() override;
 };

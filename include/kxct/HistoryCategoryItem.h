@@ -23,7 +23,7 @@ class KXCT_EXPORT HistoryCategoryItem : public ItemImpl {
                         UDMDBCtrl* session,
                         HistoryItem* owner,
                         HistoryCategory category);
-    ~HistoryCategoryItem() override;
+    ~HistoryCategoryItem() override = default;
 
     const kxString& IsA() override;
     // "icon" is 8, "label" the category's name, "id" the key; anything else an empty variant.

@@ -17,7 +17,7 @@ class KXCT_EXPORT HistoryItem : public ItemImpl {
     using ItemImpl::GetNumChildren;
 
     HistoryItem(ItemManager* manager, UDMDBCtrl* session, const kxudm::UDMItemHandle& handle);
-    ~HistoryItem() override;
+    ~HistoryItem() override = default;
 
     kxVariant GetAttributeValue(const kxString& attribute) const override;
     // Replaces `children` by the category "Branches" if there are branches.

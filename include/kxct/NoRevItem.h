@@ -22,7 +22,7 @@ class KXCT_EXPORT NoRevItem : public ItemImpl {
 
     // A revision in `uid` is left out of the item's key.
     NoRevItem(ItemManager* manager, UDMDBCtrl* session, const kxudm::UDMUID& uid);
-    ~NoRevItem() override;
+    ~NoRevItem() override = default;
 
     const kxString& IsA() override;
     kxVariant GetAttributeDescription(const kxString& attribute,

@@ -11,6 +11,9 @@ namespace kxudm::core {
 
 class Clock {
   public:
+    Clock() = default;
+    Clock(const Clock&) = default;
+    Clock& operator=(const Clock&) = default;
     virtual ~Clock();
     // Microseconds since 1970-01-01T00:00:00Z.
     virtual std::int64_t NowMicroseconds() = 0;
@@ -18,6 +21,9 @@ class Clock {
 
 class Random {
   public:
+    Random() = default;
+    Random(const Random&) = default;
+    Random& operator=(const Random&) = default;
     virtual ~Random();
     virtual void Fill(unsigned char* bytes, std::size_t count) = 0;
 };

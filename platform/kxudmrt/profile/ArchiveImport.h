@@ -25,6 +25,8 @@ class ArchiveImport {
   public:
     // The session outlives the import; `report` may be null.
     ArchiveImport(Session& session, const kxString& path, UDMImportReport* report);
+    ArchiveImport(const ArchiveImport&) = delete;
+    ArchiveImport& operator=(const ArchiveImport&) = delete;
     ~ArchiveImport();
 
     // A failure leaves library and vault as they were.

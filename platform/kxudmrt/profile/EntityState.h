@@ -41,6 +41,8 @@ class EntityState final : public spi::ItemState,
     EntityState(boost::shared_ptr<SessionLink> link, store::EntityRow&& row, bool complete);
     // One that is gone and was never seen: has its UID and nothing else.
     EntityState(boost::shared_ptr<SessionLink> link, const kxString& baseUid, int revision);
+    EntityState(const EntityState&) = delete;
+    EntityState& operator=(const EntityState&) = delete;
     ~EntityState() override;
 
     const kxString& Uid() const override { return _uid; }

@@ -24,6 +24,8 @@ class Profile final : public IUDMProfile,
                       public spi::IProgressSource {
   public:
     explicit Profile(boost::shared_ptr<Session> session) : _session(std::move(session)) {}
+    Profile(const Profile&) = delete;
+    Profile& operator=(const Profile&) = delete;
     ~Profile() override;
 
     // Ends the session; see Session::Close.

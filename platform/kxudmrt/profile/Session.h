@@ -59,6 +59,8 @@ class Session : public boost::enable_shared_from_this<Session> {
 
     // Reads the catalogue out of the library.
     Session(std::unique_ptr<store::LibraryStore> store, SessionOptions options);
+    Session(const Session&) = delete;
+    Session& operator=(const Session&) = delete;
     ~Session();
 
     // --- Constant facts ---
@@ -208,9 +210,9 @@ class Operation {
     Operation(Session& session,
               const char* name,
               sql::Transaction::Durability durability = sql::Transaction::Durability::Normal);
-    ~Operation();
     Operation(const Operation&) = delete;
     Operation& operator=(const Operation&) = delete;
+    ~Operation();
 
     [[nodiscard]] store::LibraryStore& Store() { return _session->Store(); }
     [[nodiscard]] const store::Stamp& Stamp() const { return _stamp; }

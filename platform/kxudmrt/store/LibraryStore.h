@@ -84,6 +84,8 @@ class LibraryStore {
         std::string_view catalogueXml);
     [[nodiscard]] static std::unique_ptr<LibraryStore> Open(
         std::unique_ptr<sql::Connection> connection);
+    LibraryStore(const LibraryStore&) = delete;
+    LibraryStore& operator=(const LibraryStore&) = delete;
     ~LibraryStore();
 
     [[nodiscard]] sql::Connection& Connection() noexcept { return *connection_; }

@@ -55,6 +55,8 @@ class MasterStore {
     // Makes the file on first use, also where an empty one lies; its folder must be there. A file
     // that is no master database, and one with a newer schema, are errors that name it.
     [[nodiscard]] static std::unique_ptr<MasterStore> Open(const std::string& file);
+    MasterStore(const MasterStore&) = delete;
+    MasterStore& operator=(const MasterStore&) = delete;
     ~MasterStore();
 
     // Until its end nobody else changes the master database, other processes neither; they can

@@ -33,6 +33,9 @@ struct OpenFile {
 
 class FileLayer {
   public:
+    FileLayer() = default;
+    FileLayer(const FileLayer&) = default;
+    FileLayer& operator=(const FileLayer&) = default;
     virtual ~FileLayer();
 
     // --- By path ---

@@ -27,9 +27,13 @@ namespace kxct {
 class Controller;
 class MasterDBManager;
 
+// Hosts don't delete it; the destructor has its place behind the operations.
+// NOLINTNEXTLINE(cppcoreguidelines-virtual-class-destructor)
 class KXCTINTERFACES_EXPORT Factory {
   public:
     Factory() = default;
+    Factory(const Factory&) = delete;
+    Factory& operator=(const Factory&) = delete;
 
     // The order of the virtual operations is part of the binary interface.
 

@@ -27,12 +27,17 @@ class kxInterp;
 // Finds the interpreter of one kind for the registry.
 class KXINTERP_EXPORT kxIInterpCreator {
   public:
+    kxIInterpCreator() = default;
+    kxIInterpCreator(const kxIInterpCreator&) = default;
+    kxIInterpCreator& operator=(const kxIInterpCreator&) = default;
     virtual ~kxIInterpCreator();
 
     // The interpreter that the kind's name leads to at present; null if there is none.
     virtual kxInterp* GetInterp() = 0;
 };
 
+// Interpreters belong to the registry: nobody else deletes them.
+// NOLINTNEXTLINE(cppcoreguidelines-virtual-class-destructor)
 class KXINTERP_EXPORT kxInterp {
   public:
     // Calls the command `method` with exactly these arguments. `result` says by its kind what is

@@ -38,6 +38,8 @@ class KXINTERP_EXPORT kxInterpTcl final : public kxInterp {
     friend struct kxInterpTclBook;
 
     explicit kxInterpTcl(Tcl_Interp* raw);
+    kxInterpTcl(const kxInterpTcl&) = delete;
+    kxInterpTcl& operator=(const kxInterpTcl&) = delete;
     ~kxInterpTcl() override;
 
     static void InterpDeleted(void* wrapper, Tcl_Interp* raw);
@@ -48,6 +50,8 @@ class KXINTERP_EXPORT kxInterpTcl final : public kxInterp {
 class KXINTERP_EXPORT kxTclInterpCreator final : public kxIInterpCreator {
   public:
     kxTclInterpCreator();
+    kxTclInterpCreator(const kxTclInterpCreator&) = delete;
+    kxTclInterpCreator& operator=(const kxTclInterpCreator&) = delete;
     ~kxTclInterpCreator() override;
 
     kxInterp* GetInterp() override;

@@ -14,6 +14,8 @@ class KXLMCORE_EXPORT QuestionDialog {
     QuestionDialog(const kxString& title,
                    const kxString& question,
                    const kxStlVector<kxString>& options);
+    QuestionDialog(const QuestionDialog&) = default;
+    QuestionDialog& operator=(const QuestionDialog&) = default;
     virtual ~QuestionDialog();
 
     const kxString& GetTitle() const noexcept;

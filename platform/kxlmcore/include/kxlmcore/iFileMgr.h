@@ -10,6 +10,9 @@ namespace kxlm {
 
 class KXLMCORE_EXPORT iFileMgr {
   public:
+    iFileMgr() = default;
+    iFileMgr(const iFileMgr&) = default;
+    iFileMgr& operator=(const iFileMgr&) = default;
     virtual ~iFileMgr();
 
     virtual void LogMessage(unsigned int type, const kxString& text) = 0;

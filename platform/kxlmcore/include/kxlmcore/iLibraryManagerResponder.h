@@ -13,6 +13,9 @@ class QuestionDialog;
 
 class KXLMCORE_EXPORT iLibraryManagerResponder {
   public:
+    iLibraryManagerResponder() = default;
+    iLibraryManagerResponder(const iLibraryManagerResponder&) = default;
+    iLibraryManagerResponder& operator=(const iLibraryManagerResponder&) = default;
     virtual ~iLibraryManagerResponder();
 
     // One of `options`, or empty for no answer.

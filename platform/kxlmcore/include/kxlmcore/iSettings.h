@@ -10,6 +10,9 @@ namespace kxlm {
 
 class KXLMCORE_EXPORT iSettings {
   public:
+    iSettings() = default;
+    iSettings(const iSettings&) = default;
+    iSettings& operator=(const iSettings&) = default;
     virtual ~iSettings();
 
     // The text of `key`, empty if there is none. The library manager gives the two numbers their
