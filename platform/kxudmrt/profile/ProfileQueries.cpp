@@ -1,3 +1,5 @@
+#include <optional>
+
 #include "catalogue/Value.h"
 #include "profile/Profile.h"
 #include "profile/Queries.h"
@@ -71,19 +73,22 @@ std::int64_t FindTexts(Session& session,
     if (question.IsEmpty()) {
         return 0;
     }
-    BringTextsForward(session);
     const store::TextReader reader = TextsOf(session);
     const store::Condition allowed = query::Compile(
         query::Parse({}), *session.Catalogue(), {.withExcluded = settings.SearchesInExcluded()});
-    return session.Store().View([&] {
-        store::FullText texts(session.Store(), reader);
-        store::Condition condition = texts.Search(question, session.Viewer());
-        condition.sql += store::AndCondition(allowed);
-        condition.values.insert(
-            condition.values.end(), allowed.values.begin(), allowed.values.end());
-        return session.Store().VisitHits(
-            condition, session.Viewer(), wanted.rootsOnly, wanted.from, wanted.to, visit);
-    });
+    store::FullText texts(session.Store(), reader);
+    const auto visitHits = [&] {
+        return texts.VisitHits(
+            question, allowed, session.Viewer(), wanted.rootsOnly, wanted.from, wanted.to, visit);
+    };
+    // Mostly nothing is new, which is seen within the same transaction.
+    const std::optional<std::int64_t> count = session.Store().View(
+        [&] { return texts.IsCurrent() ? std::optional(visitHits()) : std::nullopt; });
+    if (count) {
+        return *count;
+    }
+    BringTextsForward(session);
+    return session.Store().View(visitHits);
 }
 
 }  // namespace

@@ -3,6 +3,7 @@
 
 #include <utility>
 
+#include "store/MaintenanceStatements.h"
 #include "store/TextDocuments.h"
 #include "store/TextStatements.h"
 #include "text/Terms.h"
@@ -13,6 +14,7 @@ namespace {
 // Other writers wait for so much.
 constexpr int kEntitiesAtOnce = 1000;
 constexpr int kContentsAtOnce = 100;
+constexpr int kPagesAtOnce = 500;
 constexpr std::size_t kBytesAtOnce = std::size_t{4} << 20;
 
 constexpr std::string_view kNoteOfDocuments = "text_document";
@@ -69,6 +71,12 @@ std::vector<PendingContent> ReadPendingContents(sql::Connection& connection) {
         contents.push_back({find.String(0), find.String(1)});
     }
     return contents;
+}
+
+// Or more: that of the youngest.
+std::size_t CountEntities(sql::Connection& connection) {
+    sql::Statement find(connection, statements::YOUNGEST_ENTITY);
+    return find.Step() && !find.IsNull(0) ? static_cast<std::size_t>(find.Int64(0)) : 0;
 }
 
 }  // namespace
@@ -172,7 +180,12 @@ void ContentTexts::Write() {
 
 bool FullText::BringForward() {
     const bool entities = IndexEntities();
-    return IndexContents() || entities;
+    return IndexContents() || entities || MergePieces();
+}
+
+bool FullText::IsCurrent() {
+    sql::Statement find(_store.Connection(), statements::ANY_TEXT_PENDING);
+    return !find.Step();
 }
 
 bool FullText::IndexEntities() {
@@ -194,8 +207,30 @@ bool FullText::IndexEntities() {
         for (const EntityId id : pending) {
             IndexEntity(_store.Connection(), id);
         }
+        _indexed += pending.size();
         return pending.size() == kEntitiesAtOnce;
     });
+}
+
+// Each portion becomes a piece of the index, and a search looks into each piece. They are made one
+// where what came is a good part of the whole: then no entity is written more than a few times.
+bool FullText::MergePieces() {
+    if (_indexed <= kEntitiesAtOnce || _indexed < CountEntities(_store.Connection()) / 4) {
+        return false;
+    }
+    const bool more = _store.Update([&] {
+        sql::Connection& connection = _store.Connection();
+        const std::int64_t before = connection.TotalChanges();
+        sql::Statement merge(connection, statements::MERGE_TEXTS);
+        // Negative: of all sizes. Then on with those.
+        merge.BindAll(_merging ? kPagesAtOnce : -kPagesAtOnce);
+        merge.Run();
+        // The command itself counts as a change.
+        return connection.TotalChanges() - before > 1;
+    });
+    _merging = more;
+    _indexed = more ? _indexed : 0;
+    return more;
 }
 
 bool FullText::IndexContents() {

@@ -72,14 +72,23 @@ class FullText {
     // Both outlive it.
     FullText(LibraryStore& store, const TextReader& reader) : _store(store), _reader(reader) {}
 
-    // Indexes a portion of what is new, in a transaction of its own. False: nothing was left.
+    // Indexes a portion of what is new, or puts the index in order after many of them, in a
+    // transaction of its own. False: nothing was left.
     // Throws sql::Error of kind Busy where the write lock can't be had; see Connection::SetPatient.
     bool BringForward();
 
-    // What the newest revisions meet that the question finds, for LibraryStore::VisitHits. Inside
-    // of a View together with that. The values of the condition must be the first ones that are
-    // bound.
-    [[nodiscard]] Condition Search(const text::Question& question, const Viewer& viewer);
+    // Whether nothing is new.
+    [[nodiscard]] bool IsCurrent();
+
+    // Newest revisions that the question finds and that meet the condition, as of
+    // LibraryStore::VisitHits. Inside of a View.
+    std::int64_t VisitHits(const text::Question& question,
+                           const Condition& allowed,
+                           const Viewer& viewer,
+                           bool rootsOnly,
+                           std::int64_t first,
+                           std::int64_t last,
+                           const std::function<void(EntityRow&)>& visit);
 
     // --- Care ---
 
@@ -94,9 +103,12 @@ class FullText {
   private:
     bool IndexEntities();
     bool IndexContents();
+    bool MergePieces();
 
     LibraryStore& _store;
     const TextReader& _reader;
+    std::size_t _indexed = 0;  // entities, since the index was put in order
+    bool _merging = false;
 };
 
 }  // namespace kxudm::store

@@ -4,12 +4,14 @@
 // two things entities are looked at one by one: what is not indexed yet, and, where all words are
 // asked for, those that have some in their attributes and some in their files.
 #include <algorithm>
+#include <array>
 #include <iterator>
 #include <map>
 #include <unordered_set>
 #include <utility>
 
 #include "store/FullText.h"
+#include "store/RowReader.h"
 #include "store/TextDocuments.h"
 #include "store/TextStatements.h"
 
@@ -45,11 +47,13 @@ class Searching {
         : _connection(store.Connection()), _reader(reader), _question(question), _viewer(viewer) {}
 
     // Entities that no single document of the index yields.
-    Ids Others() {
+    Ids Others(bool isCurrent) {
         Ids found;
-        for (const EntityId id : Pending()) {
-            if (IsMet(id)) {
-                found.push_back(id);
+        if (!isCurrent) {
+            for (const EntityId id : Pending()) {
+                if (IsMet(id)) {
+                    found.push_back(id);
+                }
             }
         }
         if (_question.HowMany() == text::Mode::All && _question.Count() > 1 && AnyInContents()) {
@@ -245,11 +249,76 @@ class Searching {
     std::map<std::string, std::string> _texts;  // of contents that are not indexed yet
 };
 
+// The rows of two statements, each in the order of its entities: each entity once, in this order.
+class Merged {
+  public:
+    Merged(sql::Statement& one, sql::Statement& other) : _streams{Stream{one}, Stream{other}} {}
+
+    // Stands at the next row; none at the end.
+    sql::Statement* Next() {
+        Stream* next = nullptr;
+        for (Stream& stream : _streams) {
+            if (stream.id == _last) {
+                stream.Step();
+            }
+            if (stream.id != NO_MORE && (next == nullptr || stream.id < next->id)) {
+                next = &stream;
+            }
+        }
+        _last = next != nullptr ? next->id : NO_MORE;
+        return next != nullptr ? &next->statement : nullptr;
+    }
+
+  private:
+    static constexpr EntityId BEFORE_ALL = 0;
+    static constexpr EntityId NO_MORE = -1;
+
+    struct Stream {
+        sql::Statement& statement;
+        EntityId id = BEFORE_ALL;
+
+        void Step() { id = statement.Step() ? statement.Int64(0) : NO_MORE; }
+    };
+
+    std::array<Stream, 2> _streams;
+    EntityId _last = BEFORE_ALL;
+};
+
 }  // namespace
 
-Condition FullText::Search(const Question& question, const Viewer& viewer) {
-    const Ids others = Searching(_store, _reader, question, viewer).Others();
-    return {statements::TEXT_CONDITION, {question.Match(), JsonOf(others)}};
+std::int64_t FullText::VisitHits(const Question& question,
+                                 const Condition& allowed,
+                                 const Viewer& viewer,
+                                 bool rootsOnly,
+                                 std::int64_t first,
+                                 std::int64_t last,
+                                 const std::function<void(EntityRow&)>& visit) {
+    const std::string match = question.Match();
+    const std::string others =
+        JsonOf(Searching(_store, _reader, question, viewer).Others(IsCurrent()));
+    const std::string further =
+        AndCondition(allowed) + (rootsOnly ? statements::QUERY_ROOTS_ONLY : "");
+    sql::Statement byAttributes(
+        _store.Connection(),
+        statements::ATTRIBUTE_HITS_FROM + further + statements::ATTRIBUTE_HITS_ORDER);
+    byAttributes.BindAll(viewer.user, viewer.workspace, match);
+    BindCondition(byAttributes, allowed, 4);
+    sql::Statement byOthers(
+        _store.Connection(),
+        std::string(statements::QUERY_FROM) + statements::OTHER_HITS + further + " ORDER BY e.id");
+    byOthers.BindAll(viewer.user, viewer.workspace, match, others);
+    BindCondition(byOthers, allowed, 5);
+    Merged merged(byAttributes, byOthers);
+    const bool all = first == 0 && last == 0;
+    std::int64_t hits = 0;
+    EntityRow row;
+    for (; sql::Statement* const hit = merged.Next(); ++hits) {
+        if (all || (hits >= first && hits < last)) {
+            ReadEntityRow(*hit, row);
+            visit(row);
+        }
+    }
+    return hits;
 }
 
 }  // namespace kxudm::store

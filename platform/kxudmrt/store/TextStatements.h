@@ -12,12 +12,14 @@
 #define KXUDM_SEEN_FILE                                        \
     " f.from_rev <= " KXUDM_SEEN " AND f.to_rev > " KXUDM_SEEN \
     " AND (f.ending IS NULL OR f.ending > " KXUDM_SEEN ")"
-// Entities that have a document of ?3, an expression for the index.
-#define KXUDM_TEXT_FOUND                                                                        \
-    "SELECT e.id FROM text_attribute(?3) t CROSS JOIN entity e ON e.id = t.rowid >> 1"          \
-    " AND e.deleted = 0 WHERE (t.rowid & 1) = " KXUDM_HELD                                      \
-    " AND NOT EXISTS (SELECT 1 FROM text_pending p WHERE p.entity = e.id) UNION ALL"            \
-    " SELECT e.id FROM text_content(?3) t CROSS JOIN file f ON f.text = t.rowid AND f.text > 0" \
+// Documents of attributes that ?3, an expression for the index, finds, with their entities.
+#define KXUDM_ATTRIBUTES_FOUND                                              \
+    " FROM text_attribute(?3) t CROSS JOIN entity e ON e.id = t.rowid >> 1" \
+    " AND e.deleted = 0 AND (t.rowid & 1) = " KXUDM_HELD                    \
+    " AND NOT EXISTS (SELECT 1 FROM text_pending p WHERE p.entity = e.id)"
+// Entities with a file whose content it finds.
+#define KXUDM_CONTENTS_FOUND                                                                   \
+    "SELECT e.id FROM text_content(?3) t CROSS JOIN file f ON f.text = t.rowid AND f.text > 0" \
     " CROSS JOIN entity e ON e.id = f.entity AND e.deleted = 0 WHERE" KXUDM_SEEN_FILE
 
 namespace kxudm::store::statements {
@@ -35,6 +37,11 @@ inline constexpr NamedStatement CONTENTS_PENDING{
     "SELECT DISTINCT hash, coalesce(vault, '') FROM file INDEXED BY file_text_pending"
     " WHERE text IS NULL AND hash IS NOT NULL LIMIT ?1"};
 
+inline constexpr NamedStatement ANY_TEXT_PENDING{
+    "any new words",
+    "SELECT 1 FROM text_pending UNION ALL SELECT 1 FROM file INDEXED BY file_text_pending"
+    " WHERE text IS NULL AND hash IS NOT NULL LIMIT 1"};
+
 // --- Documents ---
 
 inline constexpr NamedStatement TEXT_ENTITY{
@@ -50,6 +57,8 @@ inline constexpr NamedStatement SET_TEXT{
     "set words", "INSERT OR REPLACE INTO text_attribute(rowid, words) VALUES (?1, ?2)"};
 inline constexpr NamedStatement DROP_TEXT{"drop words",
                                           "DELETE FROM text_attribute WHERE rowid = ?1"};
+inline constexpr NamedStatement MERGE_TEXTS{
+    "merge words", "INSERT INTO text_attribute(text_attribute, rank) VALUES ('merge', ?1)"};
 inline constexpr NamedStatement CONTENT_TEXT_OF{
     "document of a content", "SELECT text FROM file WHERE hash = ?1 AND text >= 0 LIMIT 1"};
 inline constexpr NamedStatement ADD_CONTENT_TEXT{
@@ -59,11 +68,18 @@ inline constexpr NamedStatement SET_CONTENT_TEXT{
 
 // --- Search; ?1 and ?2 are the viewer's user and workspace ---
 
-inline constexpr const char* TEXT_CONDITION =
-    "e.id IN (" KXUDM_TEXT_FOUND " UNION ALL SELECT value FROM json_each(?4))";
-inline constexpr NamedStatement TEXT_FOUND{"entities with words",
-                                           "SELECT DISTINCT * FROM (" KXUDM_TEXT_FOUND
-                                           ") WHERE ?1 IS NOT NULL AND ?2 IS NOT NULL ORDER BY 1"};
+// Hits by their attributes, which is all that most questions have: what the index finds leads to
+// each of them once, and in their order.
+inline constexpr const char* ATTRIBUTE_HITS_FROM =
+    "SELECT " KXUDM_ROW "r.attributes" KXUDM_ATTRIBUTES_FOUND " CROSS" KXUDM_JOIN_SEEN;
+inline constexpr const char* ATTRIBUTE_HITS_ORDER = " ORDER BY t.rowid";
+// Of the others, for QUERY_FROM; ?4 are further entities.
+inline constexpr const char* OTHER_HITS =
+    " AND e.id IN (" KXUDM_CONTENTS_FOUND " UNION ALL SELECT value FROM json_each(?4))";
+inline constexpr NamedStatement TEXT_FOUND{
+    "entities with words",
+    "SELECT DISTINCT * FROM (SELECT e.id" KXUDM_ATTRIBUTES_FOUND " UNION ALL " KXUDM_CONTENTS_FOUND
+    ") WHERE ?1 IS NOT NULL AND ?2 IS NOT NULL ORDER BY 1"};
 inline constexpr NamedStatement SEEN_TEXT_PENDING{
     "seen entities with new words",
     "SELECT e.id FROM text_pending p CROSS JOIN entity e ON e.id = p.entity AND e.deleted = 0"

@@ -57,6 +57,20 @@ TEST_F(FullTextFiles, FindsAllWordsTogetherWithThoseOfAttributesAndOtherFiles) {
     }
 }
 
+TEST_F(FullTextFiles, FindsEachOnceAndInOrderThroughAttributesFilesAndBoth) {
+    With("One", "plate");
+    Described("Two", "plate");
+    ann->SetAttributeValue(With("Three", "plate"), "description", "a plate");
+    Described("Four", "plate");
+    With("Five", "plate");
+    for (int indexed = 0; indexed < 2; ++indexed) {
+        EXPECT_THAT(Hits("plate"), ElementsAre("One", "Two", "Three", "Four", "Five"));
+        kxStlVector<UDMItemHandle> hits;
+        EXPECT_EQ(ann->RunQuery(hits, "plate", ALL, 1, 4, {}, false, true), 5U);
+        EXPECT_THAT(DisplayNames(hits), ElementsAre("Two", "Three", "Four"));
+    }
+}
+
 TEST_F(FullTextFiles, FindsAllWordsAmongManyContents) {
     for (int i = 0; i < 120; ++i) {
         const UDMItemHandle part =

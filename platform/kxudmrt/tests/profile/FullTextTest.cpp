@@ -2,6 +2,7 @@
 #include <kxudm/UDMBulkEdit.h>
 
 #include "FullText.h"
+#include "Maintained.h"
 
 namespace kxudm::test {
 namespace {
@@ -184,6 +185,33 @@ TEST_F(FullText, IsIndexedByTheSearchThatNeedsIt) {
     EXPECT_THAT(Hits("bolt"), ElementsAre("One"));
     EXPECT_EQ(Pending(), 0);
     EXPECT_THAT(Hits("bolt"), ElementsAre("One"));
+}
+
+// A search looks into each piece of the index.
+TEST_F(FullText, IsIndexedInOnePieceAfterManyAndInFewAfterMore) {
+    const auto pieces = [this] {
+        const auto store = providers::OpenLibraryFile(library.File(), 1000);
+        sql::Statement count(
+            store->Connection(),
+            "SELECT count(DISTINCT id >> 37) FROM text_attribute_data WHERE id >> 37 > 0");
+        return count.Step() ? count.Int64(0) : -1;
+    };
+    const auto makeParts = [this](int count) {
+        UDMBulkEdit edit(ann);
+        for (int i = 0; i < count; ++i) {
+            Part("Part number " + std::to_string(i));
+        }
+        edit.Commit();
+    };
+    makeParts(3500);
+    EXPECT_EQ(Hits("part").size(), 3500U);
+    EXPECT_EQ(pieces(), 1);
+    makeParts(10);
+    EXPECT_EQ(Hits("part").size(), 3510U);
+    EXPECT_EQ(pieces(), 2);
+    EXPECT_EQ(Pending(), 0);
+    EXPECT_EQ(Hits("number 7").size(), 2U);
+    EXPECT_EQ(Texts(UDMMaintenance(ann).Verify(AT_ONCE)), Names());
 }
 
 TEST_F(FullText, FindsWhatIsNotIndexedBecauseAWriterHasTheLock) {

@@ -139,9 +139,33 @@ TEST_F(TextPlan, WhatIsFoundIsLookedUpOneByOne) {
     EXPECT_EQ(CountOf(plan, "SCAN f"), 0U) << plan;
 }
 
+TEST_F(TextPlan, HitsByTheirAttributesNeedNoSorting) {
+    const std::string plan =
+        Plan(store_->Connection(),
+             std::string(statements::ATTRIBUTE_HITS_FROM) + statements::ATTRIBUTE_HITS_ORDER);
+    EXPECT_THAT(plan, ContainsRegex("SCAN t VIRTUAL TABLE INDEX [0-9]*:M"));
+    EXPECT_THAT(plan, HasSubstr("SEARCH e USING INTEGER PRIMARY KEY"));
+    EXPECT_THAT(plan, HasSubstr("SEARCH r USING INTEGER PRIMARY KEY"));
+    EXPECT_THAT(plan, HasSubstr("SEARCH p USING INTEGER PRIMARY KEY"));
+    EXPECT_EQ(CountOf(plan, "SCAN"), 1U) << plan;
+    EXPECT_EQ(CountOf(plan, "TEMP B-TREE"), 0U) << plan;
+}
+
+TEST_F(TextPlan, OtherHitsAreSearchedOneByOne) {
+    const std::string plan =
+        Plan(store_->Connection(),
+             std::string(statements::QUERY_FROM) + statements::OTHER_HITS + " ORDER BY e.id");
+    EXPECT_THAT(plan, HasSubstr("SEARCH e USING INTEGER PRIMARY KEY"));
+    EXPECT_THAT(plan, HasSubstr("SEARCH f USING INDEX file_text (text=?)"));
+    EXPECT_EQ(CountOf(plan, "SCAN e"), 0U) << plan;
+    EXPECT_EQ(CountOf(plan, "SCAN f"), 0U) << plan;
+}
+
 TEST_F(TextPlan, WhatWaitsToBeIndexedIsReadFromItsOwnShortLists) {
     EXPECT_THAT(PlanOf(statements::TEXT_PENDING), HasSubstr("SCAN text_pending"));
     EXPECT_THAT(PlanOf(statements::CONTENTS_PENDING),
+                HasSubstr("SEARCH file USING INDEX file_text_pending"));
+    EXPECT_THAT(PlanOf(statements::ANY_TEXT_PENDING),
                 HasSubstr("SEARCH file USING INDEX file_text_pending"));
     const std::string plan = PlanOf(statements::SEEN_TEXT_PENDING);
     EXPECT_THAT(plan, HasSubstr("SEARCH f USING INDEX file_text_pending"));

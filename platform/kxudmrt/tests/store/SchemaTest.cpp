@@ -121,12 +121,9 @@ TEST(Schema, ALibraryOfVersion2IsSearchedForItsWords) {
             std::vector<std::string> names;
             const kxudm::text::Question question(
                 words, kxudm::text::Mode::All, kxudm::text::Letters::Folded);
-            store->VisitHits(texts.Search(question, THE_PUBLIC),
-                             THE_PUBLIC,
-                             false,
-                             0,
-                             0,
-                             [&](const EntityRow& row) { names.push_back(row.name); });
+            texts.VisitHits(question, {}, THE_PUBLIC, false, 0, 0, [&](const EntityRow& row) {
+                names.push_back(row.name);
+            });
             return names.size() == 1 ? names[0] : std::to_string(names.size());
         };
         EXPECT_EQ(find("steel"), "Wheel") << indexed;
