@@ -10,8 +10,17 @@ namespace kxudm::query {
 
 namespace {
 
+// Texts whose folded form stands beside them where it is another one.
+const char* KeptFolded(const std::string& expression) {
+    if (expression == "h.value") {
+        return "coalesce(h.folded, h.value)";
+    }
+    return expression == "e.name" ? "coalesce(e.name_folded, e.name)" : nullptr;
+}
+
 std::string Folded(const std::string& expression) {
-    return std::string(sql::FOLD_FUNCTION) + "(" + expression + ")";
+    const char* const kept = KeptFolded(expression);
+    return kept != nullptr ? kept : std::string(sql::FOLD_FUNCTION) + "(" + expression + ")";
 }
 
 const char* SqlSymbol(Operator op) {
@@ -39,25 +48,28 @@ SqlFragment EqualToAny(const std::string& expression, const Values& values) {
                               : std::move(sql.Add(" IN ").BindList(values));
 }
 
-// Where letters count as they are, the literal begin becomes a range, which an index serves.
+// The literal begin becomes a range, which an index serves, or which is compared faster than a
+// pattern; not where each text has to be folded first.
 SqlFragment Like(const Condition& condition, const std::string& expression) {
     const Pattern pattern(condition.values.front().text);
     const std::string after = AfterPrefix(pattern.Prefix());
-    const bool range = condition.letters == Letters::Exact && !pattern.Prefix().empty();
+    const bool isFolded = condition.letters == Letters::Folded;
+    const bool range =
+        !pattern.Prefix().empty() && (!isFolded || KeptFolded(expression) != nullptr);
+    const std::string compared = isFolded ? Folded(expression) : expression;
     SqlFragment sql;
     if (!range) {
         sql.Add(expression).Add(" >= ''");
     } else {
-        sql.Add(expression).Add(" >= ").Bind(std::string(pattern.Prefix()));
+        sql.Add(compared).Add(" >= ").Bind(std::string(pattern.Prefix()));
         if (!after.empty()) {
-            sql.Add(" AND ").Add(expression).Add(" < ").Bind(after);
+            sql.Add(" AND ").Add(compared).Add(" < ").Bind(after);
         }
     }
     const bool done =
         pattern.IsPrefixOnly() && (pattern.Prefix().empty() || (range && !after.empty()));
     if (!done) {
-        const bool folded = condition.letters == Letters::Folded;
-        sql.Add(" AND ").Add(folded ? Folded(expression) : expression).Add(dialect::GLOB);
+        sql.Add(" AND ").Add(compared).Add(dialect::GLOB);
         sql.Bind(dialect::GlobOf(pattern.Text()));
     }
     return sql;
