@@ -107,6 +107,7 @@ class ContentDefinition {
     ContentDefinition(DefinitionDeclaration declaration, const ContentDefinition* base);
     ContentDefinition(const ContentDefinition&) = delete;
     ContentDefinition& operator=(const ContentDefinition&) = delete;
+    ~ContentDefinition() = default;
 
     const kxString& Name() const { return _declaration.name; }
     // What icon rules see, such as "Foldertype" or "Categories".

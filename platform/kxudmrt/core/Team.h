@@ -35,6 +35,7 @@ class Team {
     explicit Team(std::size_t threads) : threads_(threads) {}
     Team(const Team&) = delete;
     Team& operator=(const Team&) = delete;
+    ~Team() = default;
 
     // Works on the items from 0 to `count`, in this order as far as several threads can. Each
     // thread makes its own Work first. `meanwhile` is called on the calling thread, every 20 ms or

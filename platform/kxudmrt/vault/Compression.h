@@ -34,6 +34,7 @@ class Compressor {
     Compressor();
     Compressor(const Compressor&) = delete;
     Compressor& operator=(const Compressor&) = delete;
+    ~Compressor() = default;
 
     // Whether the content that begins with these bytes, at most kBlock, is likely to shrink by a
     // tenth or more: from samples spread over them.

@@ -81,6 +81,7 @@ class Vault {
     explicit Vault(std::string directory, FileLayer& files = MachineFiles());
     Vault(const Vault&) = delete;
     Vault& operator=(const Vault&) = delete;
+    ~Vault() = default;
 
     // Durable when it returns. The file is one that nobody changes meanwhile (else an error, as for
     // one that can't be read). Symbolic links are followed.

@@ -70,6 +70,8 @@ std::string ImmutableUri(const std::string& file) {
 class Connection final : public sql::Connection {
   public:
     explicit Connection(const OpenOptions& options);
+    Connection(const Connection&) = delete;
+    Connection& operator=(const Connection&) = delete;
     ~Connection() override;
 
     const std::string& File() const override { return place_.file; }
