@@ -9,7 +9,9 @@
 //     list    REPOSITORY         prints the path of every file
 //     log     REPOSITORY FILE    prints the revisions of a file, newest first
 //     export  REPOSITORY FOLDER  writes the newest revision of all into a new folder
-//     verify  REPOSITORY         reads everything and compares it with its hash
+//     verify  REPOSITORY         reads everything and compares it with its hash, and all rows with
+//                                each other
+//     verify-all  REPOSITORY     compares the full text index as well, of which others have none
 //
 // REPOSITORY is a folder. The catalogue is KXCT_DATA_DIR/catalogue/engineering.xml, unless the
 // environment's KXCT_CATALOGUE names another one.
@@ -205,9 +207,9 @@ int Export(const fs::path& folder, const fs::path& target) {
     return 0;
 }
 
-int Verify(const fs::path& folder) {
+int Verify(const fs::path& folder, bool words) {
     const Repository repository(folder);
-    const auto findings = kxudm::UDMMaintenance(repository.Shared()).Verify();
+    const auto findings = kxudm::UDMMaintenance(repository.Shared()).Verify({.words = words});
     for (const kxudm::UDMFinding& finding : findings) {
         std::cout << kxudm::UDMMaintenance::Name(finding.kind) << ' ' << finding.object << ": "
                   << finding.text << '\n';
@@ -234,8 +236,8 @@ int Run(const std::string& step, const fs::path& repository, const fs::path& arg
     if (step == "export") {
         return Export(repository, argument);
     }
-    if (step == "verify") {
-        return Verify(repository);
+    if (step == "verify" || step == "verify-all") {
+        return Verify(repository, step == "verify-all");
     }
     std::cerr << "There is no step \"" << step << "\"\n";
     return 2;

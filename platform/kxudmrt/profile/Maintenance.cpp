@@ -84,12 +84,9 @@ class Verification {
                     Report(kind, object, text);
                 });
             CheckDefinitions();
-            const store::TextReader reader = TextsOf(_session);
-            store::FullText(_session.Store(), reader)
-                .Check(_options.contents,
-                       [this](Kind kind, const std::string& object, const std::string& text) {
-                           Report(kind, object, text);
-                       });
+            if (_options.words) {
+                CheckWords();
+            }
             uses = store::ContentsInUse(_session.Store());
         });
         CheckContents(uses);
@@ -103,6 +100,15 @@ class Verification {
   private:
     void Report(Kind kind, const std::string& object, const std::string& text) {
         _findings.push_back({kind, object, text});
+    }
+
+    void CheckWords() {
+        const store::TextReader reader = TextsOf(_session);
+        store::FullText(_session.Store(), reader)
+            .Check(_options.contents,
+                   [this](Kind kind, const std::string& object, const std::string& text) {
+                       Report(kind, object, text);
+                   });
     }
 
     void CheckDefinitions() {

@@ -72,6 +72,10 @@ struct UDMVerifyOptions {
     // Reads every content in the vaults and compares its hash: hours for a large library. Else it
     // is only looked up.
     bool contents = true;
+    // Compares the words of the full text index with those that there are: of attributes, and with
+    // `contents` of every text file, which takes twice as long as to read them. They can be rebuilt
+    // at any time.
+    bool words = true;
     // Younger contents are no orphans.
     std::chrono::seconds minimumAge = std::chrono::hours(1);
 };

@@ -63,6 +63,12 @@ TEST_F(FullTextCare, TellsWordsThatARevisionDoesNotHave) {
     EXPECT_THAT(Findings(), IsEmpty());
 }
 
+TEST_F(FullTextCare, IsLeftAloneWhereItsWordsAreNotAskedFor) {
+    Tamper("UPDATE text_attribute SET words = 'other' WHERE rowid = 2");
+    EXPECT_EQ(Findings().size(), 1U);
+    EXPECT_THAT(UDMMaintenance(ann).Verify({.words = false}), IsEmpty());
+}
+
 TEST_F(FullTextCare, TellsWordsOfEntitiesThatAreNotThere) {
     Tamper("INSERT INTO text_attribute(rowid, words) VALUES (2000, 'ghost')");
     EXPECT_THAT(Findings(), ElementsAre(HasSubstr("#1000: ")));
