@@ -77,8 +77,8 @@ class ArchiveImport::Rows final : public DocumentHandler {
     Rows(ArchiveImport& import, const catalogue::Catalogue& catalogue)
         : notes(Youngest(import._session.Store()), import._report),
           _import(import),
-          _entities(import._session.Store(), catalogue, import._folders, notes),
-          _links(import._session.Store(), catalogue, notes) {}
+          _links(import._session.Store(), catalogue, notes),
+          _entities(import._session.Store(), catalogue, import._folders, _links, notes) {}
 
     void Begin(exchange::Scope /*scope*/, std::string&& /*catalogueXml*/) override {}
     void Entity(EntityRecord&& entity) override {
@@ -93,8 +93,8 @@ class ArchiveImport::Rows final : public DocumentHandler {
 
   private:
     ArchiveImport& _import;
-    EntityImport _entities;
     LinkImport _links;
+    EntityImport _entities;
 };
 
 ArchiveImport::ArchiveImport(Session& session, const kxString& path, UDMImportReport* report)

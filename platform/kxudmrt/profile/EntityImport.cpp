@@ -138,7 +138,7 @@ void EntityImport::Take(EntityRecord&& entity) {
         result.arrival.origin = result.arrival.id = same->id;
         result.told.outcome = UDMImportOutcome::SamePlace;
         result.told.target = kxString(same->uid);
-        LetLinksArrive(exchange::MakeRoom(_store, entity.uid), entity.uid, same->id);
+        _links.Arrive(exchange::MakeRoom(_store, entity.uid), entity.uid, same->id);
     } else {
         result = Place(entity, 0);
     }
@@ -167,41 +167,8 @@ EntityImport::Result EntityImport::Insert(const EntityRecord& entity) {
     arrival.newest = entity.revisions.back().number;
     result.told.outcome = UDMImportOutcome::New;
     result.told.revisions = entity.revisions.size();
-    LetLinksArrive(awaited, entity.uid, arrival.id);
+    _links.Arrive(awaited, entity.uid, arrival.id);
     return result;
-}
-
-void EntityImport::LetLinksArrive(store::EntityId awaited,
-                                  const std::string& uid,
-                                  store::EntityId id) {
-    if (awaited == 0) {
-        return;
-    }
-    exchange::LetLinksArrive(_store, awaited, id, [&](const exchange::AwaitingLink& link) {
-        const exchange::ImportedLink made{
-            link.first, id, link.kind, link.name, link.from, link.to, link.exact, link.composition};
-        if (exchange::IsLinkThere(_store, made)) {
-            return false;
-        }
-        if (const std::string why = Obstacle(made); !why.empty()) {
-            _notes.LeftOut(link.firstUid, LinkText(link.name, uid) + ": " + why);
-            return false;
-        }
-        if (link.to == exchange::kOpen && !link.isFirstDeleted) {
-            _notes.GotLink(link.first, link.kind);
-        }
-        return true;
-    });
-}
-
-// Why a link that was here before can't lead to what has come; empty if it can.
-std::string EntityImport::Obstacle(const exchange::ImportedLink& link) {
-    if (!exchange::MayStayOn(_store, link.second, link.exact)) {
-        return "there is no revision " + std::to_string(link.exact) + " of it";
-    }
-    const bool isOwner = link.kind == store::LinkKind::Owner && link.to == exchange::kOpen;
-    const std::string owner = isOwner ? exchange::OtherOwner(_store, link) : std::string();
-    return owner.empty() ? owner : "the child is owned by " + owner + " here";
 }
 
 EntityImport::Result EntityImport::Refuse(const KnownEntity& known, const std::string& why) {

@@ -8,6 +8,7 @@
 #include "exchange/LibraryExchange.h"
 #include "profile/ImportNotes.h"
 #include "profile/ImportedFolders.h"
+#include "profile/LinkImport.h"
 
 namespace kxudm::profile {
 
@@ -24,8 +25,9 @@ class EntityImport {
     EntityImport(store::LibraryStore& store,
                  const catalogue::Catalogue& catalogue,
                  const ImportedFolders& folders,
+                 LinkImport& links,
                  ImportNotes& notes)
-        : _store(store), _catalogue(catalogue), _folders(folders), _notes(notes) {}
+        : _store(store), _catalogue(catalogue), _folders(folders), _links(links), _notes(notes) {}
 
     void Take(exchange::EntityRecord&& entity);
 
@@ -46,9 +48,6 @@ class EntityImport {
                       const exchange::RevisionRecord& differing,
                       int depth);
     Result Append(const EntityRecord& entity, const exchange::KnownEntity& known);
-    // Links lead to `id` that led to what stood for it, if anything did (0).
-    void LetLinksArrive(store::EntityId awaited, const std::string& uid, store::EntityId id);
-    std::string Obstacle(const exchange::ImportedLink& link);
     Result Refuse(const exchange::KnownEntity& known, const std::string& why);
     void AddMissingFiles(const EntityRecord& entity, const exchange::KnownEntity& known);
     [[nodiscard]] store::AttributeList Shown(const EntityRecord& entity) const;
@@ -56,6 +55,7 @@ class EntityImport {
     store::LibraryStore& _store;
     const catalogue::Catalogue& _catalogue;
     const ImportedFolders& _folders;
+    LinkImport& _links;
     ImportNotes& _notes;
 };
 

@@ -13,11 +13,6 @@ Session::State StateOf(Session& session, store::EntityId id) {
 
 }  // namespace
 
-std::string LinkText(const std::string& name, const std::string& other) {
-    return (name.empty() ? std::string() : "\"" + catalogue::Printable(name) + "\" ") + "to " +
-           other;
-}
-
 void ImportNotes::Entity(UDMImportedEntity&& entity) {
     _areAllNew = _areAllNew && entity.outcome == UDMImportOutcome::New;
     if (_report != nullptr) {

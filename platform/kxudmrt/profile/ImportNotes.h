@@ -16,9 +16,6 @@
 
 namespace kxudm::profile {
 
-// A link as texts tell of it.
-[[nodiscard]] std::string LinkText(const std::string& name, const std::string& other);
-
 class ImportNotes {
   public:
     // Entities with ids up to `youngest` were there before. `report` may be null.

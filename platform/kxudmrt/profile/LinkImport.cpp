@@ -16,7 +16,37 @@ using exchange::ImportedLink;
 using exchange::LinkRecord;
 using store::LinkKind;
 
+std::string TextOf(const std::string& name, const std::string& other) {
+    return (name.empty() ? std::string() : "\"" + catalogue::Printable(name) + "\" ") + "to " +
+           other;
+}
+
 }  // namespace
+
+void LinkImport::Arrive(store::EntityId awaited, const std::string& uid, store::EntityId id) {
+    if (awaited == 0) {
+        return;
+    }
+    exchange::LetLinksArrive(_store, awaited, id, [&](const exchange::AwaitingLink& link) {
+        const ImportedLink made{
+            link.first, id, link.kind, link.name, link.from, link.to, link.exact, link.composition};
+        if (exchange::IsLinkThere(_store, made)) {
+            return false;
+        }
+        const std::string why =
+            exchange::MayStayOn(_store, id, link.exact)
+                ? Obstacle(made)
+                : "there is no revision " + std::to_string(link.exact) + " of it";
+        if (!why.empty()) {
+            _notes.LeftOut(link.firstUid, TextOf(link.name, uid) + ": " + why);
+            return false;
+        }
+        if (link.to == exchange::kOpen && !link.isFirstDeleted) {
+            _notes.GotLink(link.first, link.kind);
+        }
+        return true;
+    });
+}
 
 void LinkImport::Begin(const std::string& first) {
     _first = first;
@@ -74,8 +104,8 @@ void LinkImport::RequireFitting(const LinkRecord& link) {
     const bool fits = group != nullptr && KindOfCategory(group->category) == link.kind &&
                       group->composition == link.composition;
     if (!fits) {
-        throw UDMException("The archive's link " + LinkText(link.name, link.other) + " of " +
-                           _first + " doesn't fit the content definition \"" + definition.Name() +
+        throw UDMException("The archive's link " + TextOf(link.name, link.other) + " of " + _first +
+                           " doesn't fit the content definition \"" + definition.Name() +
                            "\"; expected a group of it, of that category and composition");
     }
 }
@@ -91,8 +121,7 @@ bool LinkImport::ToLocal(const LinkRecord& link, ImportedLink& made) const {
     made.from = _arrival.Local(std::max(link.from, _arrival.diverged));
     made.to = _arrival.Local(link.to);
     if (made.from > _arrival.newest || (made.to != exchange::kOpen && made.to > _arrival.newest)) {
-        throw UDMException("The archive's link " + LinkText(link.name, link.other) + " of " +
-                           _first +
+        throw UDMException("The archive's link " + TextOf(link.name, link.other) + " of " + _first +
                            " begins or ends at a revision that is not in it; expected one that is");
     }
     if (_arrival.mode == ArrivalMode::Equal && _arrival.newest < _arrival.known &&
@@ -162,7 +191,7 @@ std::string LinkImport::Obstacle(const ImportedLink& made) {
 
 void LinkImport::Insert(const LinkRecord& link, const ImportedLink& made) {
     if (const std::string why = Obstacle(made); !why.empty()) {
-        _notes.LeftOut(_first, LinkText(link.name, link.other) + ": " + why);
+        _notes.LeftOut(_first, TextOf(link.name, link.other) + ": " + why);
         return;
     }
     const auto [position, isNew] = _positions.emplace(std::pair(made.kind, link.name), 0);

@@ -1,4 +1,5 @@
-// How the links of an archive become links of the library, once all its entities are there.
+// How the links of an archive become links of the library, once all its entities are there; and how
+// those that waited for one of these come to lead there.
 //
 // Layer: profile. Works within the import's operation. What the library can't hold (a circle, a
 // second folder, a second owner) is left out and noted; a link whose other end has not come is kept
@@ -22,6 +23,9 @@ class LinkImport {
                ImportNotes& notes)
         : _store(store), _catalogue(catalogue), _notes(notes) {}
 
+    // An entity has come, or what stands for it here: links lead to `id` that led to `awaited`,
+    // which held its place (0: nothing did).
+    void Arrive(store::EntityId awaited, const std::string& uid, store::EntityId id);
     // All links of an entity come one behind the other.
     void Take(const std::string& first, const exchange::LinkRecord& link);
     // After the last one: what was appended has the links that the archive says, and no others.

@@ -123,15 +123,16 @@ class Restored {
                 holder.workspace == _session.Viewer().workspace) {
                 continue;
             }
-            const int seen = _session.Store().SeenRevision(each.id, holder);
+            const int seen = _session.Store().SeenRevision(each.id, holder.AsViewer());
             if (seen == store::NO_REVISION) {
                 continue;
             }
-            ForParents(each, seen, holder, [&](SignalOption code, store::EntityRow&& row) {
-                const Session::State state =
-                    boost::make_shared<EntityState>(_session.Link(), std::move(row), false);
-                _operation.Record(Change::Of(code, state).Only(holder));
-            });
+            ForParents(
+                each, seen, holder.AsViewer(), [&](SignalOption code, store::EntityRow&& row) {
+                    const Session::State state =
+                        boost::make_shared<EntityState>(_session.Link(), std::move(row), false);
+                    _operation.Record(Change::Of(code, state).Only(holder));
+                });
         }
     }
 

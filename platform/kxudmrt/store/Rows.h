@@ -35,8 +35,7 @@ struct Viewer {
 struct Holder {
     std::string user = {};
     std::string workspace = {};
-    // Is one. NOLINTNEXTLINE(google-explicit-constructor)
-    [[nodiscard]] operator Viewer() const { return {user, workspace}; }
+    [[nodiscard]] Viewer AsViewer() const { return {user, workspace}; }
 };
 
 // Sees what is published, and what has no revisions, and nothing else.

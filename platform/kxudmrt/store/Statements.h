@@ -147,6 +147,7 @@ inline constexpr NamedStatement OWNED{
     " WHERE l.composition = 1 AND l.ending IS NULL)"
     " SELECT e.id, e.uid, e.definition, e.published, e.working, e.lock_user, e.lock_workspace,"
     " e.lock_time FROM owned o CROSS JOIN entity e ON e.id = o.id WHERE e.deleted = 0"};
+// "deleted <> 0" is said for the index, here and below: it has that condition.
 inline constexpr NamedStatement LAST_DELETION{
     "last deletion",
     "SELECT coalesce(max(deleted), 0) FROM entity WHERE deleted <> 0 AND deleted > 0"};
