@@ -68,9 +68,9 @@ TEST(Crew, EndsWhatWasBegunAndDropsTheRest) {
     std::atomic<bool> ended = false;
     const auto held = std::make_shared<int>(1);
     std::future<void> dropped;
+    std::promise<void> begun;
     {
         Crew crew(1);
-        std::promise<void> begun;
         const std::future<void> running = crew.Do([&] {
             begun.set_value();
             std::this_thread::sleep_for(std::chrono::milliseconds(20));
@@ -85,10 +85,10 @@ TEST(Crew, EndsWhatWasBegunAndDropsTheRest) {
 }
 
 TEST(Crew, LetsTheCallerDoWhatNobodyHasBegun) {
-    Crew crew(1);
-    EXPECT_FALSE(crew.Help());
     std::promise<void> begun;
     std::promise<void> end;
+    Crew crew(1);  // ends before what its tasks use
+    EXPECT_FALSE(crew.Help());
     const std::future<void> running = crew.Do([&] {
         begun.set_value();
         end.get_future().wait();

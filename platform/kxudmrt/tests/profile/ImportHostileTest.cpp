@@ -2,7 +2,6 @@
 // text, and the library with its vault is afterwards what it was, to the last row and file.
 #include <kxudm/UDMMaintenance.h>
 #include <sqlite3.h>
-#include <sys/resource.h>
 
 #include "../exchange/Archives.h"
 #include "Files.h"
@@ -66,20 +65,18 @@ std::string FilesBelow(const std::string& folder) {
     return text;
 }
 
-// How much memory a refused import takes at its peak beyond what an honest one has taken, in KiB.
+// How much memory a refused import takes at its peak beyond what an honest one has taken.
 std::string PeakGrowth(const ProfilePtr& profile,
                        const std::string& honest,
                        const std::string& bomb) {
+    vault::PeakMemory();
     profile->Import(honest);
-    rusage before{};
-    rusage after{};
-    getrusage(RUSAGE_SELF, &before);
+    const std::ptrdiff_t before = vault::PeakMemory();
     if (ErrorOf([&] { profile->Import(bomb); }).empty()) {
         return "was imported";
     }
-    getrusage(RUSAGE_SELF, &after);
-    const long growth = after.ru_maxrss - before.ru_maxrss;
-    return growth < 24 * 1024 ? "little" : std::to_string(growth) + " KiB";
+    const std::ptrdiff_t growth = vault::PeakMemory() - before;
+    return growth < 24 << 20 ? "little" : std::to_string(growth);
 }
 
 class HostileImport : public Files {

@@ -3,10 +3,13 @@
 #include <grp.h>
 #include <malloc.h>
 #include <stdlib.h>
+#include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <algorithm>
+#include <atomic>
+#include <cstddef>
 #include <cstdint>
 #include <cstring>
 #include <filesystem>
@@ -16,8 +19,15 @@
 #include <stdexcept>
 
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-// The compiler brings the function, but no header of it.
-extern "C" std::size_t __sanitizer_get_current_allocated_bytes();
+#define KXCT_TEST_SANITIZED
+// The compiler brings the functions, but no header of them.
+extern "C" {
+std::size_t __sanitizer_get_current_allocated_bytes();
+std::size_t __sanitizer_get_allocated_size(const volatile void* block);
+int __sanitizer_install_malloc_and_free_hooks(void (*allocated)(const volatile void* block,
+                                                                std::size_t size),
+                                              void (*freed)(const volatile void* block));
+}
 #endif
 
 namespace kxudm::vault {
@@ -122,8 +132,46 @@ std::string Problems(Vault& vault) {
     return problems;
 }
 
+#ifdef KXCT_TEST_SANITIZED
+namespace {
+
+// Since the hooks were installed, so that it may be less than nothing.
+std::atomic<std::ptrdiff_t> inUse = 0;
+std::atomic<std::ptrdiff_t> mostInUse = 0;
+
+void Allocated(const volatile void*, std::size_t size) {
+    const auto now =
+        inUse.fetch_add(static_cast<std::ptrdiff_t>(size)) + static_cast<std::ptrdiff_t>(size);
+    for (std::ptrdiff_t most = mostInUse; now > most;) {
+        if (mostInUse.compare_exchange_weak(most, now)) {
+            break;
+        }
+    }
+}
+
+void Freed(const volatile void* block) {
+    inUse -= static_cast<std::ptrdiff_t>(__sanitizer_get_allocated_size(block));
+}
+
+}  // namespace
+#endif
+
+std::ptrdiff_t PeakMemory() {
+#ifdef KXCT_TEST_SANITIZED
+    static const bool isCounted = __sanitizer_install_malloc_and_free_hooks(Allocated, Freed) != 0;
+    if (!isCounted) {
+        throw std::runtime_error("the sanitizer lets nobody count what is allocated");
+    }
+    return mostInUse;
+#else
+    rusage usage{};
+    getrusage(RUSAGE_SELF, &usage);
+    return usage.ru_maxrss * std::ptrdiff_t{1024};
+#endif
+}
+
 std::size_t HeapInUse() {
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+#ifdef KXCT_TEST_SANITIZED
     return __sanitizer_get_current_allocated_bytes();
 #else
     const struct mallinfo2 state = mallinfo2();

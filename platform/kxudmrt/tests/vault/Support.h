@@ -46,6 +46,9 @@ std::string Problems(Vault& vault);
 
 // What is allocated and not given back. Sanitizers keep what was given back for a while.
 std::size_t HeapInUse();
+// The most memory that this process has had, in bytes; with a sanitizer the most that was allocated
+// at a time since the first call. Two of them tell how far the peak rose in between.
+std::ptrdiff_t PeakMemory();
 
 // The text of what the call throws; empty if nothing.
 std::string ErrorOf(const std::function<void()>& call);
