@@ -53,6 +53,7 @@ Item* ItemManager::CreateItem(Item*, const kxString&) {
     return nullptr;
 }
 
+// NOLINTNEXTLINE(performance-unnecessary-value-param): the interface takes it by value
 Item* ItemManager::CreateItem(kxStlVector<Item*>&, kxStlVector<kxString>, const kxString&) {
     return nullptr;
 }

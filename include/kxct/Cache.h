@@ -72,6 +72,7 @@ class KXCT_EXPORT Cache {
             buckets.clear();
             return *this;
         }
+        ~Shortcuts() = default;
         std::vector<Bucket> buckets;
     };
 

@@ -32,10 +32,12 @@ kxStlSet<kxString> ItemFilterList::GetParentTypes() const {
     return types;
 }
 
+// The interface takes both by value. NOLINTBEGIN(performance-unnecessary-value-param)
 void ItemFilterList::GetChildQueryExpr(kxString& childType,
                                        kxString& expression,
                                        kxString parentType,
                                        kxString group) const {
+    // NOLINTEND(performance-unnecessary-value-param)
     const Filter* filter = _Find(parentType, group);
     if (!filter) {
         filter = _Find(parentType, kxString());

@@ -78,12 +78,12 @@ kxString ToTcl(const kxString& text) {
     kxString result;
     result.reserve(text.size());
     for (std::size_t i = 0; i < text.size();) {
-        if (IsSameInBoth(static_cast<unsigned char>(text[i]))) {
-            result += text[i++];
-        } else if (text[i] == '\0') {
+        const bool isSame = IsSameInBoth(static_cast<unsigned char>(text[i]));
+        const std::uint32_t character = isSame ? 0 : FourByteCharacter(text, i);
+        if (text[i] == '\0') {
             result += "\xC0\x80";
             ++i;
-        } else if (const std::uint32_t character = FourByteCharacter(text, i); character != 0) {
+        } else if (character != 0) {
             AppendSurrogate(result, 0xA0, (character - 0x10000) >> 10);
             AppendSurrogate(result, 0xB0, (character - 0x10000) & 0x3FF);
             i += 4;
@@ -99,12 +99,12 @@ kxString FromTcl(const char* bytes, std::size_t count) {
     kxString result;
     result.reserve(count);
     for (std::size_t i = 0; i < count;) {
-        if (!MayDiffer(static_cast<unsigned char>(text[i]))) {
-            result += text[i++];
-        } else if (text[i] == '\xC0' && ByteAt(text, i + 1) == 0x80) {
+        const bool mayDiffer = MayDiffer(static_cast<unsigned char>(text[i]));
+        const std::uint32_t character = mayDiffer ? SurrogatePair(text, i) : 0;
+        if (text[i] == '\xC0' && ByteAt(text, i + 1) == 0x80) {
             result += '\0';
             i += 2;
-        } else if (const std::uint32_t character = SurrogatePair(text, i); character != 0) {
+        } else if (character != 0) {
             AppendFourBytes(result, character);
             i += 6;
         } else {

@@ -15,6 +15,7 @@ class Object {
     Object(Object&& other) noexcept : _object(std::exchange(other._object, nullptr)) {}
     Object(const Object&) = delete;
     Object& operator=(const Object&) = delete;
+    Object& operator=(Object&&) = delete;
     ~Object() {
         if (_object != nullptr) {
             Tcl_DecrRefCount(_object);

@@ -188,7 +188,7 @@ void ArchiveImport::Write(const Finish& finish) {
 }
 
 CataloguePtr ArchiveImport::TakeDefinitions(Operation& operation) {
-    const CataloguePtr before = _session.Catalogue();
+    CataloguePtr before = _session.Catalogue();
     const CataloguePtr merged =
         MergedCatalogue(before, *_definitions, !exchange::HasAnyEntity(operation.Store()));
     if (merged == before) {

@@ -89,6 +89,7 @@ void QueueDeletions(Session& session, const std::vector<store::DeletedRow>& gone
         return;
     }
     std::vector<Gone> all;
+    all.reserve(gone.size());
     for (const store::DeletedRow& row : gone) {
         all.push_back(Gone{row, SeenOfDeleted(session, row.id)});
     }

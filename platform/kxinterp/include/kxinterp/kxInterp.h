@@ -36,7 +36,7 @@ class KXINTERP_EXPORT kxIInterpCreator {
     virtual kxInterp* GetInterp() = 0;
 };
 
-// Interpreters belong to the registry: nobody else deletes them.
+// Whoever made an interpreter ends it: callers of Get must not be able to.
 // NOLINTNEXTLINE(cppcoreguidelines-virtual-class-destructor)
 class KXINTERP_EXPORT kxInterp {
   public:
