@@ -12,6 +12,7 @@ using kxudm::UDMProfileUpdate;
 
 namespace kxct {
 
+// The interface takes it by value. NOLINTNEXTLINE(performance-unnecessary-value-param)
 void ItemManager::update(UDMProfileUpdate update) {
     if (!m_signals) {
         return;

@@ -2,7 +2,6 @@
 #include <kxctH.h>
 
 #include <algorithm>
-#include <boost/algorithm/string/classification.hpp>
 #include <boost/algorithm/string/split.hpp>
 #include <boost/filesystem/path.hpp>
 #include <fstream>
@@ -19,7 +18,7 @@ constexpr const char* rootTag = "kxct:Settings";
 // The names of a path; a separator at an end or beside another leaves no empty name.
 std::vector<std::string> Names(const kxString& path) {
     std::vector<std::string> names;
-    boost::algorithm::split(names, path, boost::algorithm::is_any_of("/"));
+    boost::algorithm::split(names, path, [](char sign) { return sign == '/'; });
     std::erase_if(names, [](const std::string& name) { return name.empty(); });
     return names;
 }
@@ -85,6 +84,7 @@ bool SettingsImpl::GetLookups(const kxString& key, kxStlVector<kxString>& lookup
     return true;
 }
 
+// The interface takes both by value. NOLINTNEXTLINE(performance-unnecessary-value-param)
 bool SettingsImpl::Set(kxString key, kxVariant value) {
     if (!_root) {
         return false;

@@ -46,6 +46,9 @@ class ResponderSettings : public kxlm::iSettings {
 
 class Host {
   public:
+    Host() = default;
+    Host(const Host&) = delete;
+    Host& operator=(const Host&) = delete;
     ~Host() { Close(); }
 
     kxVariant Open(const kxString& defaults, const kxString& folder) {

@@ -64,7 +64,7 @@ std::weak_ordering CompareMixed(std::int64_t a, double b) {
     }
     const double whole = std::trunc(b);
     const std::weak_ordering order = a <=> static_cast<std::int64_t>(whole);
-    return order != 0 ? order : CompareDoubles(whole, b);
+    return std::is_neq(order) ? order : CompareDoubles(whole, b);
 }
 
 }  // namespace
@@ -221,7 +221,8 @@ std::weak_ordering kxVariant::Compare(const kxVariant& a, const kxVariant& b) {
             const Pointer& left = std::get<POINTER>(a._value);
             const Pointer& right = std::get<POINTER>(b._value);
             const std::weak_ordering order = *left.typeName <=> *right.typeName;
-            return order != 0 ? order : std::compare_three_way()(left.address, right.address);
+            return std::is_neq(order) ? order
+                                      : std::compare_three_way()(left.address, right.address);
         }
         case INTEGER:
         case FLOAT:
@@ -235,6 +236,7 @@ std::weak_ordering kxVariant::Compare(const kxVariant& a, const kxVariant& b) {
         return CompareMixed(std::get<INTEGER>(a._value), b.GetDouble());
     }
     if (kindOfB == INTEGER) {
+        // Which is no null pointer. NOLINTNEXTLINE(modernize-use-nullptr)
         return 0 <=> CompareMixed(std::get<INTEGER>(b._value), a.GetDouble());
     }
     return CompareDoubles(a.GetDouble(), b.GetDouble());

@@ -44,7 +44,7 @@ class ListReader {
             } else if (_text[_at] == '{') {
                 ++depth;
             } else if (_text[_at] == '}' && --depth == 0) {
-                const kxString entry(_text.substr(begin, _at - begin));
+                kxString entry(_text.substr(begin, _at - begin));
                 ++_at;
                 if (!AtBlank()) {
                     Refuse("a closing brace is followed by another sign");

@@ -172,13 +172,13 @@ std::optional<std::int64_t> TimeOf(std::string_view text) {
     if (text.size() < 20 || !day.ok()) {
         return std::nullopt;
     }
-    const std::int64_t seconds =
-        chrono::sys_days(day).time_since_epoch().count() * std::int64_t{86400} +
-        Field(text, 11, 2) * 3600 + Field(text, 14, 2) * 60 + Field(text, 17, 2);
-    const std::int64_t time =
-        seconds * 1000000 + (text[19] == '.' ? Field(text, 20, 6) : std::int64_t{0});
+    const chrono::sys_time<chrono::microseconds> time =
+        chrono::sys_days(day) + chrono::hours(Field(text, 11, 2)) +
+        chrono::minutes(Field(text, 14, 2)) + chrono::seconds(Field(text, 17, 2)) +
+        chrono::microseconds(text[19] == '.' ? Field(text, 20, 6) : 0);
     // Whatever was out of range, or more, or less, makes another text.
-    return core::FormatTime(time) == text ? std::optional(time) : std::nullopt;
+    const std::int64_t count = time.time_since_epoch().count();
+    return core::FormatTime(count) == text ? std::optional(count) : std::nullopt;
 }
 
 bool IsBaseUid(std::string_view text) {

@@ -193,7 +193,7 @@ Session::State Session::Get(const kxString& uid) {
 }
 
 Session::State Session::Resolve(const UDMItemHandle& handle) {
-    const auto state = boost::dynamic_pointer_cast<EntityState>(handle.State());
+    auto state = boost::dynamic_pointer_cast<EntityState>(handle.State());
     if (state && state->Link() == _link) {
         state->Current();
         return state;

@@ -14,15 +14,15 @@ namespace {
 bool InOrder(Operator op, std::weak_ordering order) {
     switch (op) {
         case Operator::Less:
-            return order < 0;
+            return std::is_lt(order);
         case Operator::LessOrEqual:
-            return order <= 0;
+            return std::is_lteq(order);
         case Operator::Greater:
-            return order > 0;
+            return std::is_gt(order);
         case Operator::GreaterOrEqual:
-            return order >= 0;
+            return std::is_gteq(order);
         default:
-            return order == 0;
+            return std::is_eq(order);
     }
 }
 

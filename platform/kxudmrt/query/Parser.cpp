@@ -189,7 +189,7 @@ class Parser {
     }
 
     std::string AttributeName() {
-        const std::string name = _token.value.substr(ATTRIBUTE_PREFIX.size());
+        std::string name = _token.value.substr(ATTRIBUTE_PREFIX.size());
         if (!name.empty()) {
             if (!std::all_of(name.begin(), name.end(), IsNameCharacter)) {
                 Fail(

@@ -13,7 +13,7 @@
 namespace kxudm::query {
 
 // Limits of one query. Terms are comparisons and the values of lists.
-inline constexpr std::size_t MAX_QUERY_BYTES = 64 * 1024;
+inline constexpr std::size_t MAX_QUERY_BYTES = std::size_t{64} * 1024;
 inline constexpr std::size_t MAX_QUERY_TERMS = 1000;
 inline constexpr std::size_t MAX_QUERY_DEPTH = 100;     // of parentheses and "!"
 inline constexpr std::size_t MAX_PATTERN_BYTES = 4096;  // of a text after "like"

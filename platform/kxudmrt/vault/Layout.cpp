@@ -89,13 +89,16 @@ void Layout::ForEach(const std::function<void(const Entry&)>& visit) const {
 
 void Layout::VisitFolder(const std::string& name,
                          const std::function<void(const Entry&)>& visit) const {
+    const std::string folder = directory_ + "/" + name;
     std::vector<std::string> files;
-    if (!files_.List(directory_ + "/" + name, files)) {
+    if (!files_.List(folder, files)) {
         return;
     }
     for (const std::string& file : files) {
         Entry entry;
-        entry.path = directory_ + "/" + name + "/" + file;
+        entry.path = folder;
+        entry.path += '/';
+        entry.path += file;
         FileStatus status;
         if (!files_.Status(entry.path, status)) {
             continue;

@@ -28,7 +28,6 @@ class Controller;
 class MasterDBManager;
 
 // Hosts don't delete it; the destructor has its place behind the operations.
-// NOLINTNEXTLINE(cppcoreguidelines-virtual-class-destructor)
 class KXCTINTERFACES_EXPORT Factory {
   public:
     Factory() = default;

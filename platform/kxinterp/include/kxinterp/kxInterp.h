@@ -37,7 +37,6 @@ class KXINTERP_EXPORT kxIInterpCreator {
 };
 
 // Whoever made an interpreter ends it: callers of Get must not be able to.
-// NOLINTNEXTLINE(cppcoreguidelines-virtual-class-destructor)
 class KXINTERP_EXPORT kxInterp {
   public:
     // Calls the command `method` with exactly these arguments. `result` says by its kind what is

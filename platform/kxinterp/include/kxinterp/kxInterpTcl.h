@@ -17,7 +17,6 @@
 #include <kxinterp/kxInterp.h>
 
 // Ends with its interpreter, and by nobody else's hand.
-// NOLINTNEXTLINE(cppcoreguidelines-virtual-class-destructor)
 class KXINTERP_EXPORT kxInterpTcl final : public kxInterp {
   public:
     // The wrapper of an interpreter, made at the first call. The kind "tcl" leads to it from now

@@ -280,7 +280,7 @@ SessionPtr LocalProvider::TargetOf(profile::Session& source, const kxString& lib
     const store::LibraryRecord record =
         LibraryOfName(*OpenMaster(providers::Parameters(map)), library);
     const kxString file = NormalPath(record.ldbFile);
-    if (const SessionPtr known = source.AttachedOn(file)) {
+    if (SessionPtr known = source.AttachedOn(file)) {
         return known;
     }
     profile::SessionOptions options = source.Options();
@@ -288,7 +288,7 @@ SessionPtr LocalProvider::TargetOf(profile::Session& source, const kxString& lib
     options.libraryFile = file;
     options.profileName = record.profileName;
     options.baseDirectory = NormalPath(record.baseDirectory);
-    const SessionPtr target = boost::make_shared<profile::Session>(
+    SessionPtr target = boost::make_shared<profile::Session>(
         OpenLibraryFile(record.ldbFile, _options.busyTimeoutMilliseconds), std::move(options));
     profile::peers::Join(target);
     source.Attach(target);

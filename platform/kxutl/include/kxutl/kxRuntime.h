@@ -13,6 +13,7 @@ class KXUTL_EXPORT kxRuntime {
 
     kxRuntime(const kxRuntime&) = delete;
     kxRuntime& operator=(const kxRuntime&) = delete;
+    ~kxRuntime() = default;
 
     // The character between the parts of a path of this platform: '/'.
     char GetPathSeparator() const noexcept;
