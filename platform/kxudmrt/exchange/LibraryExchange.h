@@ -209,7 +209,8 @@ void LetLinksArrive(store::LibraryStore& store,
                     store::EntityId awaited,
                     store::EntityId id,
                     const std::function<bool(const AwaitingLink&)>& take);
-// Whether the entity has a revision of that number, or came without those from it back.
+// Whether the entity has a revision of that number that is not in work, or came without those from
+// it back.
 [[nodiscard]] bool MayStayOn(store::LibraryStore& store, store::EntityId id, int revision);
 
 [[nodiscard]] bool HasOtherPlace(store::LibraryStore& store, const ImportedLink& link);

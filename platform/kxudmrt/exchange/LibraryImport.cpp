@@ -345,12 +345,16 @@ void LetLinksArrive(store::LibraryStore& store,
             change(store::statements::DROP_AWAITING_LINK);
         }
     }
-    Run(store, store::statements::PURGE_ENTITY, awaited);
+    Run(store, store::statements::DROP_AWAITED, awaited);
 }
 
 bool MayStayOn(store::LibraryStore& store, store::EntityId id, int revision) {
-    store::EntityDetails ignored;
-    if (revision == store::NO_REVISION || store.Details(id, revision, ignored)) {
+    if (revision == store::NO_REVISION) {
+        return true;
+    }
+    sql::Statement number(store.Connection(), store::statements::EXCHANGE_REVISION_NUMBERS);
+    number.BindAll(store::RevisionId(id, revision), store::RevisionId(id, revision));
+    if (number.Step()) {
         return true;
     }
     sql::Statement first(store.Connection(), store::statements::FIRST_REVISION);

@@ -1,5 +1,7 @@
 #include "profile/ImportNotes.h"
 
+#include "store/LibraryCheck.h"
+
 namespace kxudm::profile {
 
 namespace {
@@ -43,9 +45,28 @@ void ImportNotes::Record(Session& session, Operation& operation) {
     for (const auto& [code, id] : _structure) {
         if (const Session::State state = StateOf(session, id)) {
             operation.Record(Change::Of(code, state));
+        } else {
+            RecordPrivate(session, operation, code, id);
         }
     }
     session.TouchLinks();
+    session.RecordLinks(operation);
+}
+
+// A branch in work elsewhere may have inherited a link that waited, and lie where others see
+// nothing.
+void ImportNotes::RecordPrivate(Session& session,
+                                Operation& operation,
+                                SignalOption code,
+                                store::EntityId id) {
+    for (const store::Holder& holder : store::HoldersNear(session.Store(), id)) {
+        store::EntityRow row;
+        if (session.Store().FindById(id, holder.AsViewer(), row)) {
+            const auto state =
+                boost::make_shared<EntityState>(session.Link(), std::move(row), false);
+            operation.Record(Change::Of(code, state).Only(holder));
+        }
+    }
 }
 
 void ImportNotes::RecordAppended(Session& session, Operation& operation, const Appended& appended) {

@@ -48,6 +48,11 @@ class ImportNotes {
   private:
     void Note(SignalOption code, store::EntityId id);
     void RecordAppended(Session& session, Operation& operation, const Appended& appended);
+    // To those who have it in work.
+    static void RecordPrivate(Session& session,
+                              Operation& operation,
+                              SignalOption code,
+                              store::EntityId id);
 
     const store::EntityId _youngest;
     UDMImportReport* const _report;

@@ -21,6 +21,10 @@ std::string TextOf(const std::string& name, const std::string& other) {
            other;
 }
 
+std::string NoRevision(int number) {
+    return "there is no revision " + std::to_string(number) + " of it";
+}
+
 }  // namespace
 
 void LinkImport::Arrive(store::EntityId awaited, const std::string& uid, store::EntityId id) {
@@ -34,9 +38,7 @@ void LinkImport::Arrive(store::EntityId awaited, const std::string& uid, store::
             return false;
         }
         const std::string why =
-            exchange::MayStayOn(_store, id, link.exact)
-                ? Obstacle(made)
-                : "there is no revision " + std::to_string(link.exact) + " of it";
+            exchange::MayStayOn(_store, id, link.exact) ? Obstacle(made) : NoRevision(link.exact);
         if (!why.empty()) {
             _notes.LeftOut(link.firstUid, TextOf(link.name, uid) + ": " + why);
             return false;
@@ -153,7 +155,11 @@ bool LinkImport::FindOther(const LinkRecord& link, ImportedLink& made) {
     made.second = !other.hasArrived ? other.known : inBranch ? arrival.id : arrival.origin;
     made.exact = inBranch ? arrival.Local(link.exact) : link.exact;
     if (made.second != 0) {
-        return exchange::MayStayOn(_store, made.second, made.exact);
+        const bool may = exchange::MayStayOn(_store, made.second, made.exact);
+        if (!may) {
+            _notes.LeftOut(_first, TextOf(link.name, link.other) + ": " + NoRevision(link.exact));
+        }
+        return may;
     }
     // Places come along with what lies in them.
     if (other.hasArrived || other.isDeleted || !store::BorneByParent(link.kind)) {
@@ -167,16 +173,19 @@ bool LinkImport::FindOther(const LinkRecord& link, ImportedLink& made) {
 }
 
 std::string LinkImport::Obstacle(const ImportedLink& made) {
+    return ClosesCircle(made) ? "it would close a circle with what is here" : Rival(made);
+}
+
+bool LinkImport::ClosesCircle(const ImportedLink& made) {
+    const bool byParent = store::BorneByParent(made.kind);
+    return made.to == exchange::kOpen && MayNotCycle(made.kind) &&
+           _store.WouldCycle(
+               byParent ? made.first : made.second, byParent ? made.second : made.first, made.kind);
+}
+
+std::string LinkImport::Rival(const ImportedLink& made) {
     if (made.to != exchange::kOpen) {
         return {};
-    }
-    if (MayNotCycle(made.kind)) {
-        const bool byParent = store::BorneByParent(made.kind);
-        const store::EntityId parent = byParent ? made.first : made.second;
-        const store::EntityId child = byParent ? made.second : made.first;
-        if (_store.WouldCycle(parent, child, made.kind)) {
-            return "it would close a circle with what is here";
-        }
     }
     if (made.kind == LinkKind::Folder && exchange::HasOtherPlace(_store, made)) {
         return "the content lies in another folder here";
@@ -190,31 +199,61 @@ std::string LinkImport::Obstacle(const ImportedLink& made) {
 }
 
 void LinkImport::Insert(const LinkRecord& link, const ImportedLink& made) {
-    if (const std::string why = Obstacle(made); !why.empty()) {
-        _notes.LeftOut(_first, TextOf(link.name, link.other) + ": " + why);
+    if (ClosesCircle(made)) {
+        _putOff.push_back({_first, link, made, _arrival.mode, NextPosition(made)});
         return;
     }
-    const auto [position, isNew] = _positions.emplace(std::pair(made.kind, link.name), 0);
-    if (isNew && _arrival.mode != ArrivalMode::New) {
-        position->second = exchange::LastPosition(_store, made.first, made.kind, made.name);
+    if (const std::string why = Rival(made); !why.empty()) {
+        _notes.LeftOut(_first, TextOf(link.name, link.other) + ": " + why);
+        return;
     }
     // An exact relation ends behind the one revision that it was made for.
     const bool ends = made.exact != store::NO_REVISION && made.to == exchange::kOpen &&
                       Definition().IsVersioned();
     exchange::ImportLink(_store,
                          made,
-                         ++position->second,
+                         NextPosition(made),
                          ends ? std::max(_arrival.newest, _arrival.known) + 1 : store::NO_REVISION);
+    if (made.second != _other.awaited) {
+        Note(made, _arrival.mode);
+    }
+}
+
+std::int64_t LinkImport::NextPosition(const ImportedLink& made) {
+    const auto [position, isNew] =
+        _positions.emplace(std::pair(made.kind, std::string(made.name)), 0);
+    if (isNew && _arrival.mode != ArrivalMode::New) {
+        position->second = exchange::LastPosition(_store, made.first, made.kind, made.name);
+    }
+    return ++position->second;
+}
+
+void LinkImport::Note(const ImportedLink& made, ArrivalMode mode) {
     if (made.kind == LinkKind::Owner) {
         _owned.push_back(made.second);
     }
-    if (made.to != exchange::kOpen || made.second == _other.awaited) {
+    if (made.to != exchange::kOpen) {
         return;
     }
     if (IsContainerKind(made.kind)) {
         _notes.Entered(made.second);
-    } else if (_arrival.mode == ArrivalMode::Equal) {
+    } else if (mode == ArrivalMode::Equal) {
         _notes.GotLink(made.first, made.kind);
+    }
+}
+
+void LinkImport::InsertPutOff() {
+    for (PutOff& each : _putOff) {
+        each.made.name = each.link.name;
+        if (exchange::IsLinkThere(_store, each.made)) {
+            continue;
+        }
+        if (const std::string why = Obstacle(each.made); !why.empty()) {
+            _notes.LeftOut(each.first, TextOf(each.link.name, each.link.other) + ": " + why);
+            continue;
+        }
+        exchange::ImportLink(_store, each.made, each.position, store::NO_REVISION);
+        Note(each.made, each.mode);
     }
 }
 
@@ -222,6 +261,7 @@ void LinkImport::Finish() {
     for (const ImportNotes::Appended& appended : _notes.AllAppended()) {
         exchange::FinishAppended(_store, appended.id, appended.newest);
     }
+    InsertPutOff();
     if (_notes.AllAppended().empty()) {
         return;
     }

@@ -54,7 +54,21 @@ class LinkImport {
     bool ToLocal(const exchange::LinkRecord& link, exchange::ImportedLink& made) const;
     // Why the library can't hold it; empty if it can.
     std::string Obstacle(const exchange::ImportedLink& made);
+    bool ClosesCircle(const exchange::ImportedLink& made);
+    std::string Rival(const exchange::ImportedLink& made);
     void Insert(const exchange::LinkRecord& link, const exchange::ImportedLink& made);
+    std::int64_t NextPosition(const exchange::ImportedLink& made);
+    void Note(const exchange::ImportedLink& made, exchange::ArrivalMode mode);
+    void InsertPutOff();
+
+    // One that closes a circle as long as others have not ended.
+    struct PutOff {
+        std::string first;
+        exchange::LinkRecord link;
+        exchange::ImportedLink made;
+        exchange::ArrivalMode mode;
+        std::int64_t position;
+    };
 
     store::LibraryStore& _store;
     const catalogue::Catalogue& _catalogue;
@@ -66,6 +80,7 @@ class LinkImport {
     Other _other;                                               // the last one
     std::map<std::pair<store::LinkKind, std::string>, std::int64_t> _positions;
     std::vector<store::EntityId> _owned;  // that an owner got, or kept
+    std::vector<PutOff> _putOff;
 };
 
 }  // namespace kxudm::profile

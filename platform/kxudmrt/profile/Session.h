@@ -126,9 +126,12 @@ class Session : public boost::enable_shared_from_this<Session> {
     // All states of the entity are read again on the next question, also which is the newest.
     void Outdate(std::string_view baseUid);
 
+    // Tells the other sessions, in the journal, that links may show which nobody is told of.
+    void RecordLinks(Operation& operation);
+
     // --- Definitions ---
 
-    // Tells the other sessions, in the journal, that the library has a new catalogue.
+    // The same of a new catalogue.
     void RecordCatalogue(Operation& operation);
     // The library's catalogue is this one now: the states follow it, and code 3 is queued for those
     // whose definition is not what it was.
@@ -175,6 +178,7 @@ class Session : public boost::enable_shared_from_this<Session> {
     State SubjectOf(const store::JournalEntry& entry);
     UDMItemHandle ChildHandle(const store::JournalEntry& entry);
     std::int64_t WriteJournal(const ChangeList& changes, const store::Stamp& stamp);
+    void RecordUntold(Operation& operation, int op) const;
     void QueueOwn(const ChangeList& changes);
     void QueueOwn(const Change& change);
     void QueueUndo(const State& standing);

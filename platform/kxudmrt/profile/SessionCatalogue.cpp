@@ -13,6 +13,8 @@ using catalogue::ContentDefinition;
 
 // Stands in the journal among the codes of slots, and is none: the library has a new catalogue.
 constexpr int CATALOGUE_CHANGED = 1000;
+// Another: links came that no parent is told of, so that what was listed may be less.
+constexpr int LINKS_CHANGED = 1001;
 
 struct Successor {
     const ContentDefinition* definition;
@@ -33,9 +35,17 @@ std::unordered_map<const ContentDefinition*, Successor> Successors(
 }  // namespace
 
 void Session::RecordCatalogue(Operation& operation) {
+    RecordUntold(operation, CATALOGUE_CHANGED);
+}
+
+void Session::RecordLinks(Operation& operation) {
+    RecordUntold(operation, LINKS_CHANGED);
+}
+
+void Session::RecordUntold(Operation& operation, int op) const {
     store::JournalEntry entry;
     entry.time = operation.Stamp().time;
-    entry.op = CATALOGUE_CHANGED;
+    entry.op = op;
     entry.session = _id;
     static_cast<void>(operation.Store().Append(entry));
 }

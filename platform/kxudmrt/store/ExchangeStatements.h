@@ -247,8 +247,12 @@ inline constexpr NamedStatement AWAIT{
 inline constexpr NamedStatement AWAITED{
     "awaited entity", "SELECT id FROM entity WHERE uid = ?1 AND deleted = " KXUDM_AWAITED};
 // The UID is for what has come. No UID ends so.
-inline constexpr NamedStatement GIVE_UID_BACK{"give a UID back",
-                                              "UPDATE entity SET uid = uid || '?' WHERE id = ?1"};
+inline constexpr NamedStatement GIVE_UID_BACK{
+    "give a UID back", "UPDATE entity SET uid = uid || '?' || id WHERE id = ?1"};
+// Stays until a purge where its id would be given again.
+inline constexpr NamedStatement DROP_AWAITED{
+    "drop what is awaited no more",
+    "DELETE FROM entity WHERE id = ?1 AND id < (SELECT max(id) FROM entity)"};
 inline constexpr NamedStatement AWAITING_LINK{
     "link that awaits its end",
     "SELECT l.first, p.uid, p.deleted, l.kind, l.name, l.to_rev, l.position, l.from_rev, l.exact,"

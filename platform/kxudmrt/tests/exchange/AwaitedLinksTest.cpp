@@ -1,6 +1,7 @@
 // Links of an archive whose other end has not come: kept where nobody sees them, and carried on;
 // rows X40, X48 and X49 of docs/exchange-format.md.
 #include "Exchange.h"
+#include "store/LibraryStore.h"
 
 namespace kxudm::test {
 namespace {
@@ -21,6 +22,26 @@ class AwaitedLinks : public Exchange {
     }
     static std::size_t CountDeleted(const ProfilePtr& profile) {
         return UDMMaintenance(profile).DeletedEntities().size();
+    }
+    static std::size_t PurgeDeleted(const ProfilePtr& profile) {
+        UDMPurgeOptions options;
+        options.minimumAge = std::chrono::seconds(0);
+        options.deletedEntities = true;
+        return UDMMaintenance(profile).Purge(options).entities;
+    }
+    // A branch, in work, of an older revision of the wheel.
+    UDMItemHandle Branch(const ProfilePtr& profile, int revision) {
+        profile->Checkout(profile->GetEntity(At(wheel, revision)), "");
+        kxStlVector<UDMItemHandle> found;
+        profile->RunQuery(
+            found, "name == \"Wheel\"", -1, 0, 0, UDMQuerySettingHandle(), false, false);
+        return found.back();
+    }
+    // The number by which the tables know an entity.
+    [[nodiscard]] std::int64_t NumberOf(const UDMItemHandle& handle) const {
+        const auto store = providers::OpenLibraryFile(target.File(), 1000);
+        store::EntityRow row;
+        return store->FindByUid(Base(handle), store::THE_PUBLIC, row) ? row.id : 0;
     }
 
     UDMItemHandle wheel;
@@ -81,10 +102,51 @@ TEST_F(AwaitedLinks, GoOnThroughRevisionsHere) {
 TEST_F(AwaitedLinks, AreInheritedByABranch) {
     Carry(UidsOf({wheel}), 1);
     Describe(tom, There(wheel), "second");
-    const UDMItemHandle branch = Publish(tom, CheckOut(tom, There(wheel, 1)));
+    const UDMItemHandle branch = Publish(tom, Branch(tom, 1));
+    ASSERT_NE(Base(branch), Base(wheel));
     Carry(UidsOf({hub}), 1);
     EXPECT_THAT(References(tom, branch), ElementsAre("Hub"));
     EXPECT_THAT(Problems(tom), IsEmpty());
+}
+
+TEST_F(AwaitedLinks, OfABranchInWorkAreToldToWhoHasIt) {
+    wheel = Revise(
+        ann, wheel, [&](const UDMItemHandle& working) { ann->RemoveReference(working, hub); });
+    Carry(UidsOf({wheel}));
+    const ProfilePtr eve = target.Open("eve");
+    const UDMItemHandle branch = Branch(eve, 1);
+    EXPECT_THAT(Children(eve, branch, "uses"), IsEmpty());
+    Listening here(tom);
+    Listening there(eve);
+    Carry(UidsOf({hub}));
+    EXPECT_THAT(here.Take(), IsEmpty());
+    EXPECT_THAT(there.Take(), ElementsAre("40 Wheel:0"));
+    EXPECT_THAT(Children(eve, branch, "uses"), ElementsAre("Hub"));
+}
+
+TEST_F(AwaitedLinks, OfAnOlderRevisionShowInOtherSessionsToo) {
+    wheel = Revise(
+        ann, wheel, [&](const UDMItemHandle& working) { ann->RemoveReference(working, hub); });
+    Carry(UidsOf({wheel}));
+    const ProfilePtr eve = target.Open("eve");
+    EXPECT_THAT(Children(eve, eve->GetEntity(At(wheel, 1)), "uses"), IsEmpty());
+    Listening there(eve);
+    Carry(UidsOf({hub}));
+    EXPECT_THAT(Children(eve, eve->GetEntity(At(wheel, 1)), "uses"), ElementsAre("Hub"));
+    EXPECT_THAT(there.Take(), IsEmpty());
+}
+
+TEST_F(AwaitedLinks, KeepTheirPlaceAmongOthers) {
+    const UDMItemHandle tyre = Make(ann, "Tyre");
+    Revise(
+        ann, wheel, [&](const UDMItemHandle& working) { ann->AddChild(working, tyre, "parts"); });
+    Carry(UidsOf({wheel, tyre}), 1);
+    Revise(tom, There(wheel), [&](const UDMItemHandle& working) {
+        tom->AddChild(working, Make(tom, "Spoke"), "parts");
+    });
+    EXPECT_THAT(Children(tom, There(wheel)), ElementsAre("Tyre", "Spoke"));
+    Carry(UidsOf({rim}), 1);
+    EXPECT_THAT(Children(tom, There(wheel)), ElementsAre("Rim", "Tyre", "Spoke"));
 }
 
 TEST_F(AwaitedLinks, EndWithTheRevisionsThatTheArchiveSays) {
@@ -162,10 +224,7 @@ TEST_F(AwaitedLinks, LeaveNothingBehindWhenWhatBearsThemIsPurged) {
     Carry(UidsOf({wheel}), 1);
     tom->DeleteEntity(There(wheel), false, false);
     Make(tom, "Youngest");
-    UDMPurgeOptions options;
-    options.minimumAge = std::chrono::seconds(0);
-    options.deletedEntities = true;
-    EXPECT_EQ(UDMMaintenance(tom).Purge(options).entities, 1U);
+    EXPECT_EQ(PurgeDeleted(tom), 1U);
     EXPECT_THAT(Problems(tom), IsEmpty());
     EXPECT_THAT(Outcomes(Carry(UidsOf({wheel}), 1)), ElementsAre("Wheel new 1"));
     EXPECT_TRUE(Exported(tom, UidsOf({wheel}), 1) == ReadFile(Archive()));
@@ -180,6 +239,22 @@ TEST_F(AwaitedLinks, X49_LeadToTheFolderThatStandsForTheOneOfTheArchive) {
     const UDMImportReport report = Carry(UidsOf({shelf}), 1);
     EXPECT_THAT(Outcomes(report), ElementsAre("Shelf same place 0"));
     EXPECT_THAT(Parents(tom, there, "made for"), ElementsAre("Wheel"));
+    EXPECT_THAT(Problems(tom), IsEmpty());
+}
+
+// Another session might take the one for the other.
+TEST_F(AwaitedLinks, LetNoNumberBeGivenTwice) {
+    const UDMItemHandle shelf = Folder(ann, "/Shelf");
+    UDMItemHandle peg = ann->CreateEntity("Part", "Peg");
+    ann->CreateRelation(peg, shelf, "made for", false);
+    peg = Publish(ann, peg);
+    Folder(tom, "/Shelf");
+    Carry(UidsOf({peg}));
+    const std::int64_t number = NumberOf(peg);
+    tom->DeleteEntity(There(peg), false, false);
+    EXPECT_EQ(PurgeDeleted(tom), 1U);
+    Carry(UidsOf({shelf}));
+    EXPECT_GT(NumberOf(Make(tom, "Later")), number);
     EXPECT_THAT(Problems(tom), IsEmpty());
 }
 

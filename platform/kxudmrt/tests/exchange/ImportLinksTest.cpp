@@ -97,6 +97,23 @@ TEST_F(ImportLinks, X44_ThatWouldCloseACircleAreLeftOut) {
     EXPECT_THAT(Problems(tom), IsEmpty());
 }
 
+TEST_F(ImportLinks, X44_TurnRoundWhereBothEndsCome) {
+    const UDMItemHandle hub = Make(ann, "Hub");
+    const UDMItemHandle wheel = Make(ann, "Wheel");
+    Revise(ann, wheel, [&](const UDMItemHandle& working) { ann->AddChild(working, hub, "parts"); });
+    Carry();
+    Revise(ann, wheel, [&](const UDMItemHandle& working) { ann->RemoveChild(working, hub); });
+    Revise(ann, hub, [&](const UDMItemHandle& working) {
+        ann->AddChild(working, wheel, "parts");
+        ann->AddChild(working, Make(ann, "Nut"), "parts");
+    });
+    EXPECT_THAT(LeftOut(Carry()), IsEmpty());
+    EXPECT_THAT(Children(tom, There(hub)), ElementsAre("Wheel", "Nut"));
+    EXPECT_THAT(Children(tom, There(wheel)), IsEmpty());
+    EXPECT_TRUE(Exported(tom) == Exported(ann));
+    EXPECT_THAT(Problems(tom), IsEmpty());
+}
+
 TEST_F(ImportLinks, X45_OfAChildThatHasAnotherOwnerHereAreLeftOut) {
     UDMItemHandle wheel = Make(ann, "Wheel");
     const UDMItemHandle front = Published(ann, "Front", "Drawing");
@@ -159,6 +176,22 @@ TEST_F(ImportLinks, X47_StayOnExactRevisionsAlsoOnThoseOfABranch) {
     EXPECT_THAT(Parents(tom, branch, "made of"), ElementsAre("Wheel"));
     EXPECT_THAT(Parents(tom, There(hub), "made of"), IsEmpty());
     EXPECT_THAT(Parents(tom, There(hub, 1), "once of"), ElementsAre("Wheel"));
+    EXPECT_THAT(Problems(tom), IsEmpty());
+}
+
+TEST_F(ImportLinks, X47_ToARevisionThatIsInWorkHereAreLeftOutAndTold) {
+    UDMItemHandle hub = Make(ann, "Hub");
+    Carry();
+    CheckOut(tom, There(hub));
+    hub = Describe(ann, hub, "second");
+    UDMItemHandle wheel = ann->CreateEntity("Part", "Wheel");
+    ann->CreateRelation(wheel, hub, "made of", true);
+    wheel = Publish(ann, wheel);
+    EXPECT_THAT(LeftOut(Carry()),
+                ElementsAre("\"made of\" to " + Base(hub) + ": there is no revision 2 of it"));
+    tom->UndoCheckout(There(hub));
+    EXPECT_THAT(LeftOut(Carry()), IsEmpty());
+    EXPECT_THAT(Parents(tom, There(hub), "made of"), ElementsAre("Wheel"));
     EXPECT_THAT(Problems(tom), IsEmpty());
 }
 
@@ -237,6 +270,20 @@ TEST_F(ImportLinks, X63_TellNothingOfWhatIsNewOrEqual) {
     Carry();
     Import();
     EXPECT_THAT(here.Take(), IsEmpty());
+}
+
+TEST_F(ImportLinks, X63_OfWhatIsNewShowInOtherSessionsAllTheSame) {
+    const UDMItemHandle rim = Make(ann, "Rim");
+    Carry();
+    const ProfilePtr eve = target.Open("eve");
+    EXPECT_TRUE(eve->GetEntity(Base(rim)).IsRootEntity());
+    Listening there(eve);
+    UDMItemHandle wheel = ann->CreateEntity("Part", "Wheel");
+    ann->AddChild(wheel, rim, "parts");
+    Publish(ann, wheel);
+    Carry();
+    EXPECT_FALSE(eve->GetEntity(Base(rim)).IsRootEntity());
+    EXPECT_THAT(there.Take(), IsEmpty());
 }
 
 TEST_F(ImportLinks, X64_TellTheFolderOfABranch) {

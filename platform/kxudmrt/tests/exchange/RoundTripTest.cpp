@@ -285,7 +285,7 @@ class GeneratedLibrary : public Exchange {
     // What every revision of an entity leads to, line by line.
     static Names Links(const ProfilePtr& profile, const kxString& uid) {
         Names lines;
-        for (int revision = 1; revision <= profile->GetEntity(uid).GetRevision(); ++revision) {
+        for (const int revision : Versions(profile, profile->GetEntity(uid))) {
             const UDMItemHandle handle = profile->GetEntity(uid + ":" + std::to_string(revision));
             for (const kxString group : {"kits", "mates", "uses", "sees"}) {
                 for (const std::string& name : Children(profile, handle, group)) {
@@ -394,6 +394,87 @@ TEST_F(GeneratedLibrary, AndAnotherGrowApartWithoutHarm) {
         tom->Export(Archive(), {}, 2);
         static_cast<void>(Import(ann));
         ASSERT_THAT(Problems(ann), IsEmpty()) << "round " << round;
+    }
+}
+
+// Three libraries that give each other parts of what they have, while links wait for what others
+// have not given, things are deleted, brought back and purged, and imports are ended midway.
+class GeneratedLibraries : public GeneratedLibrary {
+  protected:
+    struct Site {
+        Library& library;
+        ProfilePtr writer;
+        ProfilePtr reader;  // holds on to what it has seen
+    };
+    static Site SiteOf(Library& library, const ProfilePtr& writer) {
+        return {library, writer, library.Open("reader")};
+    }
+
+    void Meddle(const Site& site) {
+        Grow(site.writer, 10);
+        Try([&] { site.writer->DeleteEntity(Any(site.writer), true, false); });
+        if (Below(2) == 0) {
+            Try([&] { UDMMaintenance(site.writer).Undelete(uids[Below(uids.size())]); });
+        } else if (Below(3) == 0) {
+            UDMPurgeOptions options;
+            options.minimumAge = std::chrono::seconds(0);
+            options.deletedEntities = true;
+            UDMMaintenance(site.writer).Purge(options);
+        }
+    }
+    void ReadAll(const Site& site) {
+        for (const kxString& uid : Exportable(site.reader)) {
+            static_cast<void>(Links(site.reader, uid));
+        }
+    }
+    // Is it ended, nothing of it has been.
+    void ImportMidway(const Site& site) {
+        const std::string before = Exported(site.reader);
+        Steps steps(1 + Below(20));
+        try {
+            const UDMProgressScope scope(site.writer, steps);
+            static_cast<void>(Import(site.writer));
+        } catch (const UDMCancelledException&) {
+            ASSERT_TRUE(Exported(site.reader) == before);
+        }
+    }
+    void ExpectSound(const Site& site) {
+        ASSERT_THAT(Problems(site.writer), IsEmpty());
+        const ProfilePtr fresh = site.library.Open("fresh", std::to_string(++_opened));
+        for (const kxString& uid : Exportable(fresh)) {
+            ASSERT_EQ(Links(site.reader, uid), Links(fresh, uid)) << uid;
+        }
+        const int scope = static_cast<int>(Below(3));
+        site.reader->Export(Archive(), {}, scope);
+        Library copy;
+        const ProfilePtr bob = copy.Open("bob");
+        ASSERT_THAT(Import(bob).leftOut, IsEmpty());
+        ASSERT_THAT(Problems(bob), IsEmpty());
+        ASSERT_TRUE(Exported(bob, {}, scope) == ReadFile(Archive()));
+    }
+
+  private:
+    int _opened = 0;
+};
+
+TEST_F(GeneratedLibraries, GiveEachOtherPartsWithoutHarm) {
+    std::cout << "KXUDM_SEED=" << seed << "\n";
+    Library third;
+    const std::array sites{
+        SiteOf(source, ann), SiteOf(target, tom), SiteOf(third, third.Open("eve"))};
+    for (int round = 0; round < 20; ++round) {
+        const unsigned number = Below(3);
+        const Site& from = sites[number];
+        const Site& to = sites[(number + 1 + Below(2)) % 3];
+        Grow(from.writer, 15);
+        Meddle(to);
+        Uids part = Exportable(from.reader);
+        part.resize(Below(part.size() + 1));
+        from.reader->Export(Archive(), part, static_cast<int>(Below(3)));
+        ReadAll(to);
+        ASSERT_NO_FATAL_FAILURE(ImportMidway(to)) << "round " << round;
+        Try([&] { static_cast<void>(Import(to.writer)); });
+        ASSERT_NO_FATAL_FAILURE(ExpectSound(to)) << "round " << round;
     }
 }
 
