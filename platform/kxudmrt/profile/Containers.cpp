@@ -2,6 +2,7 @@
 #include "profile/Folders.h"
 #include "profile/Groups.h"
 #include "profile/Words.h"
+#include "store/LibraryCheck.h"
 
 namespace kxudm::profile {
 
@@ -45,6 +46,19 @@ void RequireNotBelow(Session& session,
         session.Store().WouldCycle(container.Id(), content.Id(), kind)) {
         throw UDMException(content.Cdef() + " " + content.Uid() + " can't be put into " +
                            container.Uid() + ", which is or lies below it; choose another place");
+    }
+}
+
+// Nobody sees it there, but a folder that is brought back would have it, too.
+void LeaveDeletedFolder(Operation& operation, const Session::State& content) {
+    if (operation.HasJustMade(*content)) {
+        return;
+    }
+    store::LibraryStore& store = operation.Store();
+    for (const store::EntityId folder :
+         store::DeletedPlaces(store, content->Id(), LinkKind::Folder)) {
+        static_cast<void>(store.RemoveLink(
+            folder, content->Id(), LinkKind::Folder, {}, content->Revision(), operation.Stamp()));
     }
 }
 
@@ -93,6 +107,7 @@ void PutIntoFolder(Session& session,
         const Session::State left = session.StateOf(std::move(place.entity), false);
         LeaveContainer(session, operation, content, left, LinkKind::Folder);
     }
+    LeaveDeletedFolder(operation, content);
     Enter(session, operation, content, folder, LinkKind::Folder);
 }
 

@@ -136,14 +136,15 @@ void PutWhereNoPlaceIs(Session& target,
     std::vector<store::LinkedRow> places;
     target.Store().Parents(
         content.id, content.revision, store::LinkKind::Folder, {}, target.Viewer(), places);
-    if (!places.empty()) {
-        return;
-    }
-    RequireFit(target, catalogue, content, *folder);
     const exchange::ImportedLink link{.first = content.id,
                                       .second = folder->Id(),
                                       .kind = store::LinkKind::Folder,
                                       .from = content.revision};
+    // One in a deleted folder would lie in two if that is brought back.
+    if (!places.empty() || exchange::HasOtherPlace(target.Store(), link)) {
+        return;
+    }
+    RequireFit(target, catalogue, content, *folder);
     const std::int64_t last =
         exchange::LastPosition(target.Store(), link.first, link.kind, link.name);
     exchange::ImportLink(target.Store(), link, last + 1, store::NO_REVISION);

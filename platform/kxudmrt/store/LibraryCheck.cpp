@@ -278,6 +278,16 @@ std::vector<Holder> HoldersNear(LibraryStore& store, EntityId id) {
     return holders;
 }
 
+std::vector<EntityId> DeletedPlaces(LibraryStore& store, EntityId id, LinkKind kind) {
+    std::vector<EntityId> places;
+    sql::Statement find(store.Connection(), statements::DELETED_PLACES);
+    find.BindAll(id, kind);
+    while (find.Step()) {
+        places.push_back(find.Int64(0));
+    }
+    return places;
+}
+
 std::string OwnedTwiceNear(LibraryStore& store, EntityId id) {
     sql::Statement find(store.Connection(), statements::OWNED_TWICE_NEAR);
     find.BindAll(id);

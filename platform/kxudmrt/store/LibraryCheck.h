@@ -75,6 +75,8 @@ std::size_t TrimJournal(LibraryStore& store, Microseconds time);
 [[nodiscard]] std::int64_t JournalTrimmed(LibraryStore& store);
 // Who has this entity checked out, or one that owns it, refers to it or is related to it.
 [[nodiscard]] std::vector<Holder> HoldersNear(LibraryStore& store, EntityId id);
+// Deleted folders or classifications that an entity lies in, and would lie in again.
+[[nodiscard]] std::vector<EntityId> DeletedPlaces(LibraryStore& store, EntityId id, LinkKind kind);
 // The UID of a child at this entity that has two owners, which it can't have; empty if there is
 // none.
 [[nodiscard]] std::string OwnedTwiceNear(LibraryStore& store, EntityId id);

@@ -210,6 +210,11 @@ inline constexpr NamedStatement HOLDERS_NEAR{
     " CROSS JOIN entity p ON p.id = l.first AND p.deleted = 0 AND p.working IS NOT NULL"
     " WHERE l.second = ?1 AND l.kind IN (1, 2, 5) AND l.to_rev = " KXUDM_OPEN
     " UNION SELECT lock_user, lock_workspace FROM entity WHERE id = ?1 AND working IS NOT NULL"};
+// Kind ?2 of those that the child ?1 bears.
+inline constexpr NamedStatement DELETED_PLACES{
+    "deleted places",
+    "SELECT l.second FROM link l CROSS JOIN entity p ON p.id = l.second AND p.deleted <> 0"
+    " WHERE l.first = ?1 AND l.kind = ?2 AND l.to_rev = " KXUDM_OPEN " AND l.ending IS NULL"};
 // A child of ?1, or ?1 itself, that is owned by composition and has two owners.
 inline constexpr NamedStatement OWNED_TWICE_NEAR{
     "owned twice near an entity",

@@ -171,6 +171,18 @@ TEST_F(Merging, G3_ACopyThatWasMovedInTheTargetStaysThere) {
     EXPECT_THAT(Versions(bob, Newest(bob, wheel)), ElementsAre(1, 2));
 }
 
+TEST_F(Merging, G3_ACopyInAFolderThatWasDeletedInTheTargetStaysThere) {
+    const UDMItemHandle wheel = Wheel();
+    Merge(wheel);
+    UDMItemHandle folder;
+    bob->GetOrCreateFolder(folder, "/Merged", true);
+    bob->DeleteEntity(folder, false, false);
+    Engine("/Other")->merge(Uids{UDMUID(Base(wheel))}, false);
+    EXPECT_TRUE(UDMMaintenance(bob).Undelete(Base(folder)));
+    EXPECT_EQ(FolderOf(wheel), "/Merged");
+    EXPECT_THAT(UDMMaintenance(bob).Verify(), IsEmpty());
+}
+
 TEST_F(Merging, G5_WhatBothWentOnWithBecomesABranch) {
     const UDMItemHandle wheel = Wheel();
     Merge(wheel);

@@ -129,6 +129,28 @@ TEST_F(Maintained, CareNeedsAnOpenSession) {
 
 // --- Undelete ---
 
+TEST_F(Maintained, WhatWasMovedOutOfADeletedFolderDoesNotComeBackIntoIt) {
+    const UDMItemHandle old = Folder("/Old");
+    const UDMItemHandle place = Folder("/New");
+    const UDMItemHandle note = ann->CreateEntity("Note", "Moved");
+    const UDMItemHandle stays = ann->CreateEntity("Note", "Stays");
+    ann->MoveContent(note, old);
+    ann->MoveContent(stays, old);
+    ann->MoveContent(Newest(ann, wheel), old);
+    Publish(ann, wheel);
+    ann->DeleteEntity(old, false, false);
+    ann->MoveContent(note, place);
+    ann->MoveContent(CheckOut(ann, wheel), place);
+    EXPECT_THAT(Verify(), IsEmpty());
+    EXPECT_TRUE(Care().Undelete(Base(old)));
+    EXPECT_THAT(Children(ann, Newest(ann, old), "folder"), ElementsAre("Stays"));
+    EXPECT_THAT(Children(ann, place, "folder"), testing::UnorderedElementsAre("Moved", "Wheel"));
+    ann->UndoCheckout(Newest(ann, wheel));
+    EXPECT_THAT(Children(ann, Newest(ann, old), "folder"),
+                testing::UnorderedElementsAre("Stays", "Wheel"));
+    EXPECT_THAT(Verify(), IsEmpty());
+}
+
 TEST_F(Maintained, WhatWasDeletedTogetherComesBackTogether) {
     const UDMItemHandle two = ann->GetEntity(At(wheel, 2));
     ann->DeleteEntity(Newest(ann, wheel), true, false);

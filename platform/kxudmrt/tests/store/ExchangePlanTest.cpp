@@ -94,7 +94,8 @@ INSTANTIATE_TEST_SUITE_P(Texts,
 INSTANTIATE_TEST_SUITE_P(Care,
                          ExchangePlan,
                          testing::Values(Named(statements::TRIM_JOURNAL),
-                                         Named(statements::HOLDERS_NEAR)),
+                                         Named(statements::HOLDERS_NEAR),
+                                         Named(statements::DELETED_PLACES)),
                          NameOf);
 
 TEST_F(Exchange, LinksAndFilesOfAnEntityAreSearchedThoughTheySort) {
