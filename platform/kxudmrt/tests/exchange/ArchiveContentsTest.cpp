@@ -126,6 +126,26 @@ TEST_F(ArchiveContentsTest, AreAnnouncedInTheOrderOfTheArchive) {
     EXPECT_TRUE(std::is_sorted(listener_.names.begin(), listener_.names.end()));
 }
 
+TEST_F(ArchiveContentsTest, OfEachSizeAtWhichTheirWayChangesAreWhole) {
+    constexpr std::size_t kGroup = std::size_t{256} << 10;
+    std::vector<std::string> contents{""};
+    for (const std::size_t limit : {std::size_t{vault::kLarge}, kGroup, kGroup / 16}) {
+        for (std::size_t i = 0; i < 17; ++i) {
+            const std::size_t size = limit - 1 + i % 3;
+            contents.push_back(i % 2 == 0 ? Noise(size, i) : Deck(size, i));
+        }
+    }
+    const Entries entries = EntriesOf("<library/>", contents);
+    vault::Delivery delivery(vault_);
+    Take(entries, delivery);
+    delivery.Commit();
+    for (const std::string& content : contents) {
+        EXPECT_TRUE(vault_.Holds(exchange::HashOf(content))) << content.size();
+    }
+    EXPECT_EQ(vault::Problems(vault_), "");
+    EXPECT_EQ(listener_.last.done, entries.size() - 1);
+}
+
 TEST_F(ArchiveContentsTest, AreNotWrittenWhereTheVaultHasThem) {
     const Entries entries = EqualEntries(100, 500);
     for (std::size_t i = 1; i < entries.size(); i += 3) {

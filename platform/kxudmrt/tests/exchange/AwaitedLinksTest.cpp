@@ -242,6 +242,44 @@ TEST_F(AwaitedLinks, X49_LeadToTheFolderThatStandsForTheOneOfTheArchive) {
     EXPECT_THAT(Problems(tom), IsEmpty());
 }
 
+TEST_F(AwaitedLinks, LeadToTheBranchThatALineBecomes) {
+    Carry(UidsOf({hub}));
+    Library third;
+    const ProfilePtr eve = third.Open("eve");
+    Import(eve);
+    Describe(eve, eve->GetEntity(Base(hub)), "eve's");
+    Describe(ann, hub, "ann's");
+    Describe(tom, There(hub), "tom's");
+    Export(UidsOf({hub}));
+    const kxString branch = Import(eve).entities.at(0).target;
+    UDMItemHandle axle = eve->CreateEntity("Part", "Axle");
+    eve->AddReference(axle, eve->GetEntity(branch), "uses");
+    eve->CreateRelation(axle, eve->GetEntity(branch), "made of", true);
+    axle = Publish(eve, axle);
+    eve->Export(Archive(), UidsOf({axle}), 1);
+    Import();
+    EXPECT_THAT(References(tom, There(axle)), IsEmpty());
+    EXPECT_THAT(Outcomes(Carry(UidsOf({hub}))), ElementsAre("Hub branched 1"));
+    EXPECT_THAT(References(tom, There(axle)), ElementsAre("Hub"));
+    EXPECT_THAT(Parents(tom, tom->GetEntity(branch), "made of"), ElementsAre("Axle"));
+    EXPECT_THAT(Problems(tom), IsEmpty());
+}
+
+TEST_F(AwaitedLinks, OfWhatHasNoRevisionsOutliveItsChanges) {
+    const UDMItemHandle note = ann->CreateEntity("Note", "Note");
+    const UDMItemHandle answer = ann->CreateAndAddChild("Note", "Answer", note, "answers");
+    Carry(UidsOf({note}), 1);
+    tom->SetAttributeValue(There(note), "text", "changed");
+    tom->CreateAndAddChild("Note", "Own", There(note), "answers");
+    EXPECT_THAT(Outcomes(Carry(UidsOf({note}), 1)), ElementsAre("Note kept 0"));
+    Carry(UidsOf({answer}), 1);
+    EXPECT_THAT(Children(tom, There(note)), ElementsAre("Answer", "Own"));
+    tom->RemoveChild(There(note), There(answer));
+    Carry(UidsOf({note, answer}), 1);
+    EXPECT_THAT(Children(tom, There(note)), ElementsAre("Own"));
+    EXPECT_THAT(Problems(tom), IsEmpty());
+}
+
 // Another session might take the one for the other.
 TEST_F(AwaitedLinks, LetNoNumberBeGivenTwice) {
     const UDMItemHandle shelf = Folder(ann, "/Shelf");

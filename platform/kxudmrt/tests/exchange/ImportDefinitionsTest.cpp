@@ -177,6 +177,50 @@ TEST_F(FailedImport, X70_LeavesNothingWhereverItIsCancelled) {
     EXPECT_THAT(Problems(tom, true), IsEmpty());
 }
 
+// Throws at the n-th call.
+class Thrower : public IUDMProgressListener {
+  public:
+    explicit Thrower(std::size_t last) : _last(last) {}
+    bool Advance(const UDMProgress& /*progress*/) override {
+        if (++_calls == _last) {
+            throw std::logic_error("the listener's own");
+        }
+        return true;
+    }
+
+  private:
+    std::size_t _calls = 0;
+    const std::size_t _last;
+};
+
+TEST_F(FailedImport, X70_LeavesNothingWhereverItsListenerThrows) {
+    const UDMItemHandle hub = Make(ann, "Hub");
+    UDMItemHandle wheel = ann->CreateEntity("Part", "Wheel");
+    ann->AddReference(wheel, hub, "uses");
+    wheel = Publish(ann, wheel);
+    Carry(UidsOf({wheel}), 1);
+    Put(CheckOut(ann, hub), "hub.inp", Deck(3000, 1));
+    Publish(ann, hub);
+    Export(UidsOf({hub}));
+    const std::string before = Exported(tom);
+    std::size_t n = 1;
+    for (bool thrown = true; thrown; ++n) {
+        Thrower thrower(n);
+        const UDMProgressScope scope(tom, thrower);
+        try {
+            static_cast<void>(Import());
+            thrown = false;
+        } catch (const std::logic_error&) {
+            ASSERT_TRUE(Exported(tom) == before) << n;
+            ASSERT_THAT(Tree(target.BaseDirectory() + "/vault"), IsEmpty()) << n;
+            ASSERT_THAT(References(tom, There(wheel)), IsEmpty()) << n;
+        }
+    }
+    EXPECT_GT(n, 4U);
+    EXPECT_THAT(References(tom, There(wheel)), ElementsAre("Hub"));
+    EXPECT_THAT(Problems(tom, true), IsEmpty());
+}
+
 TEST_F(FailedImport, X70_OfNoArchiveSaysSo) {
     EXPECT_THAT(Refusal<UDMStoreException>([&] { tom->Import(outside.File("none.kxa")); }),
                 HasSubstr("none.kxa"));
