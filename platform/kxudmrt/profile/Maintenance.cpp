@@ -1,6 +1,6 @@
-// Verify and purge; see UDMMaintenance.h. Rows are looked at in one transaction. Contents are
-// looked at outside of it, because that takes long: what seems wrong is asked again before it is
-// told.
+// Verify and purge; see UDMMaintenance.h. Rows are looked at in one transaction, contents by other
+// threads at the same time and beyond it, because that takes long: what seems wrong is asked again
+// before it is told.
 #include "profile/Maintenance.h"
 
 #include <algorithm>
@@ -8,6 +8,7 @@
 #include <unordered_set>
 #include <utility>
 
+#include "profile/ContentsCheck.h"
 #include "profile/DefinitionChange.h"
 #include "profile/Neighbours.h"
 #include "profile/Profile.h"
@@ -21,6 +22,7 @@ namespace kxudm::profile {
 namespace {
 
 using Kind = UDMFindingKind;
+using State = vault::Finding::State;
 using Findings = kxStlVector<UDMFinding>;
 
 // Sessions of other processes read the journal at their next call.
@@ -72,7 +74,12 @@ class Verification {
 
     Findings Run() {
         std::vector<store::ContentUse> uses;
+        ContentsCheck check(_session);
         _session.Store().View([&] {
+            uses = store::ContentsInUse(_session.Store());
+            if (_options.contents) {
+                check.Begin(uses, _options.words);
+            }
             store::CheckRows(
                 _session.Store(),
                 [this](const std::string& definition, store::AttributeList& attributes) {
@@ -87,9 +94,8 @@ class Verification {
             if (_options.words) {
                 CheckWords();
             }
-            uses = store::ContentsInUse(_session.Store());
         });
-        CheckContents(uses);
+        CheckContents(uses, check);
         CheckVaults();
         std::stable_sort(_findings.begin(), _findings.end(), [](const auto& a, const auto& b) {
             return a.kind < b.kind;
@@ -104,11 +110,11 @@ class Verification {
 
     void CheckWords() {
         const store::TextReader reader = TextsOf(_session);
-        store::FullText(_session.Store(), reader)
-            .Check(_options.contents,
-                   [this](Kind kind, const std::string& object, const std::string& text) {
-                       Report(kind, object, text);
-                   });
+        store::FullText index(_session.Store(), reader);
+        index.CheckAttributes([this](Kind kind,
+                                     const std::string& object,
+                                     const std::string& text) { Report(kind, object, text); });
+        _indexed = index.SumsOfContents();
     }
 
     void CheckDefinitions() {
@@ -123,7 +129,7 @@ class Verification {
         }
     }
 
-    void CheckContents(const std::vector<store::ContentUse>& uses) {
+    void CheckContents(const std::vector<store::ContentUse>& uses, ContentsCheck& check) {
         UDMProgress progress;
         progress.total = uses.size();
         for (const store::ContentUse& use : uses) {
@@ -132,7 +138,11 @@ class Verification {
         for (const store::ContentUse& use : uses) {
             progress.name = use.where;
             Tell(progress);
-            CheckContent(use);
+            const ContentsCheck::Result result = _options.contents ? check.Next() : LookUp(use);
+            ReportContent(use, result.finding);
+            if (_options.words) {
+                ReportWords(use, result.words);
+            }
             ++progress.done;
             progress.doneBytes += use.size;
         }
@@ -148,14 +158,21 @@ class Verification {
         }
     }
 
-    void CheckContent(const store::ContentUse& use) {
-        vault::Finding finding;
+    ContentsCheck::Result LookUp(const store::ContentUse& use) {
         try {
-            finding = Look(use);
+            vault::Vault& vault = _session.Vaults().In(use.vault);
+            if (vault.Holds(use.hash)) {
+                return {};
+            }
+            return {{State::Missing,
+                     "the vault '" + vault.Directory() +
+                         "' doesn't hold it; restore it from a backup, or add the file again"}};
         } catch (const UDMException& failure) {
-            finding = {vault::Finding::State::Unreadable, failure.what()};
+            return {{State::Unreadable, failure.what()}};
         }
-        using State = vault::Finding::State;
+    }
+
+    void ReportContent(const store::ContentUse& use, const vault::Finding& finding) {
         if (finding.state == State::Sound ||
             (finding.state == State::Missing &&
              !store::IsContentUsed(_session.Store().Connection(), use.vault, use.hash))) {
@@ -167,17 +184,25 @@ class Verification {
         Report(kind, use.hash, "of the file " + use.where + ": " + finding.problem);
     }
 
-    vault::Finding Look(const store::ContentUse& use) {
-        vault::Vault& vault = _session.Vaults().In(use.vault);
-        if (_options.contents) {
-            return vault.Verify(use.hash);
+    // Once for each content, in whatever vaults it lies. What can't be read is told with the
+    // contents.
+    void ReportWords(const store::ContentUse& use, std::optional<std::uint64_t> words) {
+        const char* problem = nullptr;
+        if (use.text < 0) {
+            problem =
+                "its words are not in the full text index, since it could not be read; see "
+                "that it can be read";
+        } else if (use.text > 0) {
+            const auto found = _indexed.find(use.text);
+            if (found == _indexed.end()) {
+                problem = "its words are missing in the full text index";
+            } else if (words && *words != found->second) {
+                problem = "the full text index has other words of it than it has";
+            }
         }
-        if (vault.Holds(use.hash)) {
-            return {};
+        if (problem != nullptr && _withWrongWords.insert(use.hash).second) {
+            Report(Kind::FullText, use.hash, std::string(problem) + store::REBUILD);
         }
-        return {vault::Finding::State::Missing,
-                "the vault '" + vault.Directory() +
-                    "' doesn't hold it; restore it from a backup, or add the file again"};
     }
 
     void CheckVaults() {
@@ -220,6 +245,8 @@ class Verification {
     Session& _session;
     const UDMVerifyOptions& _options;
     Neighbours _neighbours;
+    store::FullText::Sums _indexed;
+    std::set<std::string> _withWrongWords;
     Findings _findings;
 };
 

@@ -28,6 +28,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <unordered_map>
 #include <vector>
 
 #include "store/LibraryCheck.h"
@@ -67,6 +68,9 @@ class ContentTexts {
     std::int64_t _last = 0;
 };
 
+// How what is indexed otherwise than it should be is put right.
+inline constexpr const char* REBUILD = "; rebuild the full text index";
+
 class FullText {
   public:
     // Both outlive it.
@@ -96,9 +100,14 @@ class FullText {
     [[nodiscard]] std::int64_t CountPending();
     // Forgets everything; BringForward makes it anew.
     void Clear();
-    // Reports what is indexed otherwise than it should be. `withContents` reads all texts of files
-    // again. Inside of a View.
-    void Check(bool withContents, const Report& report);
+    // Reports the entities of whose attributes other words are indexed than there are. Inside of a
+    // View.
+    void CheckAttributes(const Report& report);
+    // What is indexed of contents, by document. Inside of a View.
+    using Sums = std::unordered_map<std::int64_t, std::uint64_t>;
+    [[nodiscard]] Sums SumsOfContents();
+    // The sum of a document with these words. Any thread.
+    [[nodiscard]] static std::uint64_t SumOf(std::string_view prepared);
 
   private:
     bool IndexEntities();

@@ -12,9 +12,7 @@ namespace kxudm::store {
 namespace {
 
 using Kind = UDMFindingKind;
-using Sums = std::unordered_map<std::int64_t, std::uint64_t>;
-
-constexpr const char* REBUILD = "; rebuild the full text index";
+using Sums = FullText::Sums;
 
 // Tables of this connection alone.
 constexpr const char* VOCABULARIES =
@@ -27,31 +25,17 @@ constexpr sql::NamedStatement ATTRIBUTE_TERMS{"terms of attributes",
 constexpr sql::NamedStatement CONTENT_TERMS{"terms of contents",
                                             "SELECT doc, term, offset FROM text_content_terms"};
 
-std::uint64_t SumOf(std::string_view term, std::uint64_t place) {
+std::uint64_t SumOfTerm(std::string_view term, std::uint64_t place) {
     std::uint64_t sum = std::hash<std::string_view>()(term) + place * 0x9E3779B97F4A7C15;
     sum ^= sum >> 31;
     return sum * 0xBF58476D1CE4E5B9;
-}
-
-std::uint64_t SumOf(std::string_view prepared) {
-    std::uint64_t sum = 0;
-    std::uint64_t place = 0;
-    const text::Places places(prepared);
-    for (const text::Places::Place& each : places.All()) {
-        sum += SumOf(each.written, place);
-        if (each.written.data() != each.folded.data()) {
-            sum += SumOf(text::kFolded + std::string(each.folded), place);
-        }
-        ++place;
-    }
-    return sum;
 }
 
 Sums ReadSums(sql::Connection& connection, const sql::NamedStatement& terms) {
     Sums sums;
     sql::Statement find(connection, terms);
     while (find.Step()) {
-        sums[find.Int64(0)] += SumOf(find.Text(1), static_cast<std::uint64_t>(find.Int64(2)));
+        sums[find.Int64(0)] += SumOfTerm(find.Text(1), static_cast<std::uint64_t>(find.Int64(2)));
     }
     return sums;
 }
@@ -63,11 +47,28 @@ bool IsAsIn(Sums& sums, std::int64_t document, const std::string& prepared) {
     if (found != sums.end()) {
         sums.erase(found);
     }
-    return sum == SumOf(prepared);
+    return sum == FullText::SumOf(prepared);
 }
 
-void CheckAttributes(LibraryStore& store, const Report& report) {
-    sql::Connection& connection = store.Connection();
+}  // namespace
+
+std::uint64_t FullText::SumOf(std::string_view prepared) {
+    std::uint64_t sum = 0;
+    std::uint64_t place = 0;
+    const text::Places places(prepared);
+    for (const text::Places::Place& each : places.All()) {
+        sum += SumOfTerm(each.written, place);
+        if (each.written.data() != each.folded.data()) {
+            sum += SumOfTerm(text::kFolded + std::string(each.folded), place);
+        }
+        ++place;
+    }
+    return sum;
+}
+
+void FullText::CheckAttributes(const Report& report) {
+    sql::Connection& connection = _store.Connection();
+    connection.Execute(VOCABULARIES);
     Sums sums = ReadSums(connection, ATTRIBUTE_TERMS);
     sql::Statement find(connection, statements::TEXT_ENTITIES);
     while (find.Step()) {
@@ -101,43 +102,9 @@ void CheckAttributes(LibraryStore& store, const Report& report) {
     }
 }
 
-void CheckContents(LibraryStore& store, const TextReader* reader, const Report& report) {
-    sql::Connection& connection = store.Connection();
-    Sums sums = ReadSums(connection, CONTENT_TERMS);
-    sql::Statement find(connection, statements::CONTENT_TEXTS);
-    while (find.Step()) {
-        const std::string hash = find.String(1);
-        if (find.Int64(0) < 0) {
-            report(Kind::FullText,
-                   hash,
-                   std::string("its words are not in the full text index, since it could not be "
-                               "read; see that it can be read") +
-                       REBUILD);
-            continue;
-        }
-        if (sums.find(find.Int64(0)) == sums.end()) {
-            report(Kind::FullText,
-                   hash,
-                   std::string("its words are missing in the full text index") + REBUILD);
-            continue;
-        }
-        const std::optional<std::string> prepared =
-            reader != nullptr ? (*reader)(find.String(2), hash) : std::nullopt;
-        // What can't be read is told with the contents.
-        if (prepared && !IsAsIn(sums, find.Int64(0), *prepared)) {
-            report(Kind::FullText,
-                   hash,
-                   std::string("the full text index has other words of it than it has") + REBUILD);
-        }
-    }
-}
-
-}  // namespace
-
-void FullText::Check(bool withContents, const Report& report) {
+FullText::Sums FullText::SumsOfContents() {
     _store.Connection().Execute(VOCABULARIES);
-    CheckAttributes(_store, report);
-    CheckContents(_store, withContents ? &_reader : nullptr, report);
+    return ReadSums(_store.Connection(), CONTENT_TERMS);
 }
 
 std::int64_t FullText::CountPending() {

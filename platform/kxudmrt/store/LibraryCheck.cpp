@@ -179,7 +179,8 @@ std::vector<ContentUse> ContentsInUse(LibraryStore& store) {
         uses.push_back({find.String(0),
                         find.String(1),
                         find.String(2),
-                        static_cast<std::uint64_t>(find.Int64(3))});
+                        static_cast<std::uint64_t>(find.Int64(3)),
+                        find.Int64(4)});
     }
     return uses;
 }

@@ -41,6 +41,7 @@ struct ContentUse {
     std::string hash;
     std::string where;  // one of the files, as "<UID> <name>"
     std::uint64_t size = 0;
+    std::int64_t text = 0;  // as FileRow::text; 0 also for what is not indexed yet
 };
 [[nodiscard]] std::vector<ContentUse> ContentsInUse(LibraryStore& store);
 // In the library behind a connection, which may be of an older schema.

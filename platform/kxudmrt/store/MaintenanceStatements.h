@@ -163,8 +163,9 @@ inline constexpr NamedStatement ALL_LINKS_OF_KIND{
 
 inline constexpr NamedStatement CONTENTS_USED{
     "contents in use",
-    "SELECT coalesce(f.vault, ''), f.hash, min(e.uid || ' ' || f.name), max(f.size) FROM file f"
-    " JOIN entity e ON e.id = f.entity WHERE f.hash IS NOT NULL GROUP BY 1, 2"};
+    "SELECT coalesce(f.vault, ''), f.hash, min(e.uid || ' ' || f.name), max(f.size),"
+    " coalesce(max(f.text), 0) FROM file f JOIN entity e ON e.id = f.entity WHERE f.hash IS NOT "
+    "NULL GROUP BY 1, 2"};
 inline constexpr NamedStatement VAULTS_OF_FILES{
     "vaults of files", "SELECT DISTINCT vault FROM file WHERE vault IS NOT NULL"};
 inline constexpr NamedStatement IS_CONTENT_USED{

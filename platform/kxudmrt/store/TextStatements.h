@@ -124,11 +124,6 @@ inline constexpr NamedStatement TEXT_ENTITIES{"entities with words",
                                               "SELECT id, uid FROM entity ORDER BY id"};
 inline constexpr NamedStatement TEXT_ROWS{"documents of attributes",
                                           "SELECT rowid FROM text_attribute ORDER BY rowid"};
-inline constexpr NamedStatement CONTENT_TEXTS{
-    "documents of contents",
-    "SELECT text, hash, coalesce(vault, ''), min(entity) FROM file WHERE text IS NOT NULL"
-    " AND text <> 0 GROUP BY hash ORDER BY text"};
-
 }  // namespace kxudm::store::statements
 
 #endif

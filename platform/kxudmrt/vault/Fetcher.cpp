@@ -2,6 +2,7 @@
 
 #include <utility>
 
+#include "vault/Beginning.h"
 #include "vault/DocumentName.h"
 #include "vault/Vault.h"
 
@@ -62,6 +63,30 @@ std::unique_ptr<TemporaryFile> Fetcher::Fetch(const Vault& vault,
     }
     file->Close();
     return file;
+}
+
+Finding Fetcher::Verify(const Vault& vault, const std::string& hash, const VerifyOptions& options) {
+    CheckHash(hash);
+    std::string unused;
+    Beginning beginning(options.text != nullptr ? *options.text : unused, options.limit);
+    char* const block = Block();
+    try {
+        const auto content = vault.OpenWith(memory_, hash);
+        for (std::size_t count = 0; (count = content->Read(block, kBlock)) > 0;) {
+            beginning.Append(block, count);
+            if (options.progress && !options.progress(count)) {
+                throw StoppedException("Verifying the content " + hash + " was stopped");
+            }
+        }
+        beginning.End();
+        return {};
+    } catch (const DamagedException& damage) {
+        return {Finding::State::Damaged, damage.what()};
+    } catch (const MissingException& missing) {
+        return {Finding::State::Missing, missing.what()};
+    } catch (const FileError& error) {
+        return {Finding::State::Unreadable, error.what()};
+    }
 }
 
 }  // namespace kxudm::vault

@@ -20,7 +20,9 @@
 namespace kxudm::vault {
 
 class Vault;
+struct Finding;
 struct RetrieveOptions;
+struct VerifyOptions;
 
 class Fetcher {
   public:
@@ -29,6 +31,9 @@ class Fetcher {
                                                        const std::string& hash,
                                                        const std::string& target,
                                                        const RetrieveOptions& options);
+
+    // As Vault::Verify.
+    Finding Verify(const Vault& vault, const std::string& hash, const VerifyOptions& options);
 
     // For other uses of a vault's own fetcher.
     [[nodiscard]] char* Block();

@@ -4,31 +4,10 @@
 #include <cerrno>
 #include <utility>
 
+#include "vault/Beginning.h"
 #include "vault/DocumentName.h"
 
 namespace kxudm::vault {
-namespace {
-
-// Where a text that was cut ends, so that its last character is whole. Texts in other encodings
-// lose at most three bytes.
-std::size_t WholeCharacters(const std::string& text) {
-    std::size_t start = text.size();
-    for (std::size_t i = 1; i <= 4 && i <= text.size(); ++i) {
-        const auto byte = static_cast<unsigned char>(text[text.size() - i]);
-        if ((byte & 0xC0U) == 0x80U) {
-            continue;
-        }
-        const std::size_t length = byte >= 0xF0 ? 4 : byte >= 0xE0 ? 3 : byte >= 0xC0 ? 2 : 1;
-        if (length > i) {
-            start = text.size() - i;
-        }
-        break;
-    }
-    return start;
-}
-
-}  // namespace
-
 Vault::Vault(std::string directory, FileLayer& files)
     : layout_(std::move(directory), files), intake_(layout_) {
     if (layout_.Directory().empty()) {
@@ -155,35 +134,17 @@ std::string Vault::ReadText(const std::string& hash, std::size_t limit) {
     char* const block = fetcher_.Block();
     const auto content = OpenWith(fetcher_.Memory(), hash);
     std::string text;
+    Beginning beginning(text, limit);
     // Reads on to the end where the limit is met exactly, so that what is whole is proven.
-    bool more = true;
-    while (more) {
-        const std::size_t count = content->Read(block, kBlock);
-        if (count == 0) {
-            return text;
-        }
-        more = count <= limit - text.size();
-        text.append(block, std::min(count, limit - text.size()));
+    for (std::size_t count = 0; !beginning.IsCut() && (count = content->Read(block, kBlock)) > 0;) {
+        beginning.Append(block, count);
     }
-    text.resize(WholeCharacters(text));
+    beginning.End();
     return text;
 }
 
-Finding Vault::Verify(const std::string& hash) {
-    char* const block = fetcher_.Block();
-    CheckHash(hash);
-    try {
-        const auto content = OpenWith(fetcher_.Memory(), hash);
-        while (content->Read(block, kBlock) > 0) {
-        }
-        return {};
-    } catch (const DamagedException& damage) {
-        return {Finding::State::Damaged, damage.what()};
-    } catch (const MissingException& missing) {
-        return {Finding::State::Missing, missing.what()};
-    } catch (const FileError& error) {
-        return {Finding::State::Unreadable, error.what()};
-    }
+Finding Vault::Verify(const std::string& hash, const VerifyOptions& options) {
+    return fetcher_.Verify(*this, hash, options);
 }
 
 bool Vault::Remove(const std::string& hash) {

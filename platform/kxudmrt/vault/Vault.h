@@ -64,6 +64,13 @@ struct RetrieveOptions {
     Progress progress = {};
 };
 
+struct VerifyOptions {
+    // Becomes the beginning of the content, as ReadText gives it; of use only if that is sound.
+    std::string* text = nullptr;
+    std::size_t limit = 0;
+    Progress progress = {};
+};
+
 struct Finding {
     enum class State {
         Sound,
@@ -121,8 +128,8 @@ class Vault {
 
     // Every file below the 256 folders, in no order; Entry::hash is empty for strangers.
     void List(const std::function<void(const Entry&)>& visit) const { layout_.ForEach(visit); }
-    // Reads the content and compares its hash.
-    Finding Verify(const std::string& hash);
+    // Reads the content and compares its hash. Throws StoppedException if it was stopped.
+    Finding Verify(const std::string& hash, const VerifyOptions& options = {});
     // False if it was not there.
     bool Remove(const std::string& hash);
     // The same for an entry of List, unless it was added again at `before` (microseconds since

@@ -73,8 +73,8 @@ struct UDMVerifyOptions {
     // is only looked up.
     bool contents = true;
     // Compares the words of the full text index with those that there are: of attributes, and with
-    // `contents` of every text file, which takes twice as long as to read them. They can be rebuilt
-    // at any time.
+    // `contents` of every text file, which takes longer than to read them. They can be rebuilt at
+    // any time.
     bool words = true;
     // Younger contents are no orphans.
     std::chrono::seconds minimumAge = std::chrono::hours(1);
@@ -107,8 +107,9 @@ class KXUDMRT_EXPORT UDMMaintenance {
     // doesn't offer maintenance. Shares ownership of the session.
     explicit UDMMaintenance(const boost::shared_ptr<IUDMProfile>& profile);
 
-    // Everything that is wrong, in the order of UDMFindingKind; empty for a sound library. Tells
-    // the session's progress listener of each content; cancelled, it throws UDMCancelledException.
+    // Everything that is wrong, in the order of UDMFindingKind; empty for a sound library. Contents
+    // are read by several threads, which end with the call. Tells the session's progress listener
+    // of each content; cancelled, it throws UDMCancelledException.
     [[nodiscard]] kxStlVector<UDMFinding> Verify(const UDMVerifyOptions& options = {});
 
     // Removes contents that no file names, what dead processes left half written, and notes of

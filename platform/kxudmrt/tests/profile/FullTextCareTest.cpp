@@ -87,6 +87,17 @@ TEST_F(FullTextCare, TellsContentsWithOtherWords) {
     EXPECT_THAT(Hits("plate"), ElementsAre("One"));
 }
 
+TEST_F(FullTextCare, TellsAContentInTwoVaultsOnce) {
+    const std::string elsewhere = library.BaseDirectory() + "/elsewhere";
+    const UDMItemHandle two = ann->CreateEntity("Part", "Two");
+    ann->SetVault(two, elsewhere);
+    Put(two, "copy.txt", "steel plate");
+    EXPECT_THAT(Hits("plate"), ElementsAre("One", "Two"));
+    EXPECT_THAT(Findings(), IsEmpty());
+    Tamper("INSERT INTO text_content(text_content) VALUES ('delete-all')");
+    EXPECT_THAT(Findings(), ElementsAre(HasSubstr("its words are missing")));
+}
+
 TEST_F(FullTextCare, TellsContentsWithoutWords) {
     Tamper("INSERT INTO text_content(text_content) VALUES ('delete-all')");
     EXPECT_THAT(Findings(false), ElementsAre(HasSubstr("its words are missing")));

@@ -246,6 +246,33 @@ TEST_F(Maintained, ADamagedContentIsFoundByReadingItAlone) {
     EXPECT_THAT(Verify({.contents = false}), IsEmpty());
 }
 
+// More than one thread takes in one go.
+TEST_F(Maintained, EachOfManyContentsIsFoundAsItIs) {
+    std::vector<std::string> hashes;
+    for (int i = 0; i < 100; ++i) {
+        hashes.push_back(AddFile("f" + std::to_string(i), "content " + std::to_string(i)));
+    }
+    for (const int i : {3, 15, 16, 50, 99}) {
+        Write(Content(hashes[i]), "content ?");
+    }
+    for (const int i : {4, 17, 98}) {
+        fs::remove(Content(hashes[i]));
+    }
+    const Names found = Verify();
+    EXPECT_EQ(found.size(), 8U);
+    const auto tells = [&](const std::string& kind, int i) {
+        return testing::Contains(AllOf(testing::StartsWith(kind + " content " + hashes[i] + ": "),
+                                       HasSubstr(" f" + std::to_string(i) + ":")));
+    };
+    for (const int i : {3, 15, 16, 50, 99}) {
+        EXPECT_THAT(found, tells("damaged", i));
+    }
+    for (const int i : {4, 17, 98}) {
+        EXPECT_THAT(found, tells("missing", i));
+    }
+    EXPECT_TRUE(std::is_sorted(found.begin() + 3, found.end())) << "as if one had looked";
+}
+
 TEST_F(Maintained, AContentWhoseVaultLeadsElsewhereIsUnreadable) {
     Sql("UPDATE file SET vault = '../x'");
     const Names found = Verify({.contents = true});
@@ -314,9 +341,13 @@ TEST_F(Maintained, VerifyingTellsHowFarItIsAndCanBeCancelled) {
     EXPECT_EQ(counter.last.done, 2U);
     EXPECT_EQ(counter.last.total, 2U);
     EXPECT_EQ(counter.last.doneBytes, 3015U);
-    counter.left = 1;
-    EXPECT_THROW(Verify(), UDMCancelledException);
-    EXPECT_TRUE(scope.WasCancelled());
+    for (const int calls : {0, 1, 2}) {
+        counter.left = calls;
+        EXPECT_THROW(Verify(), UDMCancelledException) << calls;
+        EXPECT_TRUE(scope.WasCancelled());
+    }
+    counter.left = 100;
+    EXPECT_THAT(Verify(), IsEmpty());
 }
 
 }  // namespace

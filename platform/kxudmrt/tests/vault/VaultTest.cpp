@@ -315,6 +315,28 @@ TEST_F(VaultTest, ATextIsNotCutWithinACharacter) {
     }
 }
 
+TEST_F(VaultTest, WhatIsVerifiedGivesItsBeginningAsAText) {
+    const std::string content = Deck(3 * kBlock) + "\xC3\xBC";
+    const std::string hash = vault_.Add(folder_.Write("deck", content)).hash;
+    std::string text = "of the one before";
+    for (const std::size_t limit :
+         {std::size_t{0}, kBlock + 1, content.size() - 1, content.size()}) {
+        EXPECT_EQ(vault_.Verify(hash, {.text = &text, .limit = limit}).state,
+                  Finding::State::Sound);
+        EXPECT_TRUE(text == vault_.ReadText(hash, limit)) << limit;
+    }
+    EXPECT_TRUE(text == content);
+}
+
+TEST_F(VaultTest, VerifyingCanBeStopped) {
+    const std::string hash = vault_.Add(folder_.Write("noise", Noise(4 * kBlock))).hash;
+    std::uint64_t done = 0;
+    const auto stop = [&](std::uint64_t bytes) { return (done += bytes) < 2 * kBlock; };
+    EXPECT_THROW((void)vault_.Verify(hash, {.progress = stop}), StoppedException);
+    EXPECT_EQ(done, 2 * kBlock);
+    EXPECT_EQ(vault_.Verify(hash).state, Finding::State::Sound);
+}
+
 TEST_F(VaultTest, SeveralContentsAreReadAtTheSameTime) {
     const std::string deck = Deck(2 * kBlock);
     const std::string noise = Noise(2 * kBlock);
