@@ -153,9 +153,13 @@ void ImportedFolders::NoteComing(const Folder& folder, const std::string& place)
     }
     sql::Statement find(_store.Connection(), store::statements::COMING);
     find.BindAll(place, folder.name);
-    throw UDMException("The folders " + (find.Step() ? find.String(0) : std::string()) + " and " +
-                       folder.uid + " of the archive, both named \"" +
-                       catalogue::Printable(folder.name) +
+    Folder other;
+    if (find.Step() && FindOfUid(find.String(0), other) && other.parent == folder.parent) {
+        // They lie beside each other there, too, as they may after a deletion.
+        return;
+    }
+    throw UDMException("The folders " + other.uid + " and " + folder.uid +
+                       " of the archive, both named \"" + catalogue::Printable(folder.name) +
                        "\", would come to lie in one place; rename one of them there");
 }
 

@@ -25,7 +25,7 @@ class ImportedFolders {
     void NoteLink(const std::string& first, const exchange::LinkRecord& link);
 
     // Looks where each of them would come to lie. Within the import's operation. Throws
-    // UDMException if two of them would meet in one place.
+    // UDMException if two of them would meet in one place that lie apart in the archive.
     void Resolve(Session& session);
     struct Target {
         store::EntityId id = 0;

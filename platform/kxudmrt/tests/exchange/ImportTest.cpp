@@ -7,6 +7,7 @@ namespace kxudm::test {
 namespace {
 
 using testing::AllOf;
+using testing::Each;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
@@ -14,9 +15,10 @@ using testing::UnorderedElementsAre;
 
 class Importing : public Exchange {
   protected:
-    // Changes the target's tables behind everybody's back.
-    void Tamper(const std::string& sql) {
-        providers::OpenLibraryFile(target.File(), 1000)->Connection().Execute(sql);
+    // Changes the target's, or another's, tables behind everybody's back.
+    void Tamper(const std::string& sql) { Tamper(target, sql); }
+    static void Tamper(const Library& library, const std::string& sql) {
+        providers::OpenLibraryFile(library.File(), 1000)->Connection().Execute(sql);
     }
     static kxString TextOf(const UDMImportReport& report, std::size_t index = 0) {
         return report.entities.at(index).text;
@@ -351,6 +353,21 @@ TEST_F(Importing, X35_RefusesFoldersThatWouldMeetInOnePlace) {
     EXPECT_TRUE(Exported(tom) == before);
     ASSERT_TRUE(UDMMaintenance(tom).Undelete(Base(above)));
     EXPECT_THAT(Outcomes(Import()), ElementsAre("A equal 0", "C new 1", "C new 1"));
+}
+
+// As no operation leaves them, so that a library that has come to it can still be carried.
+TEST_F(Importing, X35_LeavesFoldersBesideEachOtherThatLieSoInTheArchive) {
+    for (const char* name : {"A", "B"}) {
+        const UDMItemHandle part = ann->CreateEntity("Part", name);
+        ann->MoveContent(part, Folder(ann, "/" + std::string(name) + "/C"));
+        Publish(ann, part);
+    }
+    Tamper(source, "DELETE FROM link WHERE first IN (SELECT id FROM entity WHERE name = 'C')");
+    EXPECT_THAT(
+        Outcomes(Carry()),
+        UnorderedElementsAre("A new 1", "A new 1", "B new 1", "B new 1", "C new 1", "C new 1"));
+    EXPECT_TRUE(Exported(tom) == Exported(ann));
+    EXPECT_THAT(Outcomes(Import()), Each(HasSubstr("equal")));
 }
 
 TEST_F(Importing, X36_KeepsTheNameThatAnEntityHasHere) {
