@@ -12,7 +12,8 @@ using kxudm::UDMProfileUpdate;
 
 namespace kxct {
 
-// The interface takes it by value. NOLINTNEXTLINE(performance-unnecessary-value-param)
+// By value: the form of the runtime's slots.
+// NOLINTNEXTLINE(performance-unnecessary-value-param)
 void ItemManager::update(UDMProfileUpdate update) {
     if (!m_signals) {
         return;

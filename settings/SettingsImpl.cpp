@@ -84,7 +84,8 @@ bool SettingsImpl::GetLookups(const kxString& key, kxStlVector<kxString>& lookup
     return true;
 }
 
-// The interface takes both by value. NOLINTNEXTLINE(performance-unnecessary-value-param)
+// Both by value: the interface's form, which hosts link against.
+// NOLINTNEXTLINE(performance-unnecessary-value-param)
 bool SettingsImpl::Set(kxString key, kxVariant value) {
     if (!_root) {
         return false;

@@ -98,9 +98,9 @@ class KXCT_EXPORT UDMDBCtrl {
 
     // The session's "username", "RepositoryName" and "WorkspaceName". std::out_of_range where it
     // was opened without that parameter, as a direct connection to files is.
-    const kxString GetUser();           // NOLINT(readability-const-return-type): public form
-    const kxString GetLibraryName();    // NOLINT(readability-const-return-type): public form
-    const kxString GetWorkspaceName();  // NOLINT(readability-const-return-type): public form
+    const kxString GetUser();
+    const kxString GetLibraryName();
+    const kxString GetWorkspaceName();
 
     // Writes the runtime's state of the session to the standard output.
     void DumpSession();
@@ -124,7 +124,6 @@ class KXCT_EXPORT UDMDBCtrl {
                                   const kxStlVector<kxString>& keys,
                                   kxStlVector<kxString>& out);
     // The id of the first library of exactly this name; empty if there is none.
-    // NOLINTNEXTLINE(readability-const-return-type): public form
     static const kxString GetLibraryIDByName(const kxStlMap<kxString, kxVariant>& params,
                                              const kxString& name,
                                              CONN_TYPE type);
@@ -363,7 +362,6 @@ class KXCT_EXPORT UDMDBCtrl {
     kxudm::UDMContentDefinitionHandle GetContentDefinitionHandle(const kxString& definition) const;
     kxudm::UDMAttributeDefinitionHandle GetAttributeDefinitionHandle(
         const kxString& definition, const kxString& attribute) const;
-    // NOLINTNEXTLINE(readability-const-return-type): public form
     const kxStlVector<kxString> GetContentDefinitionNames();
     kxStlVector<boost::shared_ptr<kxudm::UDMContentDefinition>> GetRegisteredContentDefinitions()
         const;

@@ -32,7 +32,8 @@ kxStlSet<kxString> ItemFilterList::GetParentTypes() const {
     return types;
 }
 
-// The interface takes both by value. NOLINTBEGIN(performance-unnecessary-value-param)
+// Both texts by value: the interface's form, which hosts link against.
+// NOLINTBEGIN(performance-unnecessary-value-param)
 void ItemFilterList::GetChildQueryExpr(kxString& childType,
                                        kxString& expression,
                                        kxString parentType,

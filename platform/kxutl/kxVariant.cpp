@@ -54,6 +54,13 @@ std::weak_ordering CompareDoubles(double a, double b) {
     return a > b ? std::weak_ordering::greater : std::weak_ordering::equivalent;
 }
 
+std::weak_ordering Reversed(std::weak_ordering order) {
+    if (std::is_lt(order)) {
+        return std::weak_ordering::greater;
+    }
+    return std::is_gt(order) ? std::weak_ordering::less : order;
+}
+
 // Exact: converting the integer to double would make neighbours above 2^53 equal.
 std::weak_ordering CompareMixed(std::int64_t a, double b) {
     if (std::isnan(b) || b >= TwoTo63) {
@@ -236,8 +243,7 @@ std::weak_ordering kxVariant::Compare(const kxVariant& a, const kxVariant& b) {
         return CompareMixed(std::get<INTEGER>(a._value), b.GetDouble());
     }
     if (kindOfB == INTEGER) {
-        // Which is no null pointer. NOLINTNEXTLINE(modernize-use-nullptr)
-        return 0 <=> CompareMixed(std::get<INTEGER>(b._value), a.GetDouble());
+        return Reversed(CompareMixed(std::get<INTEGER>(b._value), a.GetDouble()));
     }
     return CompareDoubles(a.GetDouble(), b.GetDouble());
 }

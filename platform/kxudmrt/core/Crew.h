@@ -14,6 +14,7 @@
 #ifndef KXUDMRT_CORE_CREW_H
 #define KXUDMRT_CORE_CREW_H
 
+#include <chrono>
 #include <condition_variable>
 #include <cstddef>
 #include <deque>
@@ -47,6 +48,13 @@ class Crew {
     // Does the next task that nobody has begun, on the calling thread: better than to sleep until
     // the crew is done. False if there is none.
     bool Help();
+    // What one of its tasks gives or throws; helps until that is done.
+    template <typename Result>
+    Result Await(std::future<Result>& result) {
+        while (result.wait_for(std::chrono::seconds(0)) != std::future_status::ready && Help()) {
+        }
+        return result.get();
+    }
 
   private:
     using Task = std::packaged_task<void()>;

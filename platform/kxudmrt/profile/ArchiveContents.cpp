@@ -1,6 +1,5 @@
 #include "profile/ArchiveContents.h"
 
-#include <chrono>
 #include <string_view>
 #include <utility>
 
@@ -57,10 +56,6 @@ class Entry final : public vault::Source {
   private:
     ArchiveReader& _archive;
 };
-
-bool IsDone(const std::future<std::vector<vault::Incoming>>& taken) {
-    return taken.wait_for(std::chrono::seconds(0)) == std::future_status::ready;
-}
 
 void RequireHash(const vault::Incoming& incoming,
                  const std::string& hash,
@@ -153,10 +148,8 @@ void ArchiveContents::BeginGroup() {
 // The one that was given to the crew first.
 void ArchiveContents::EndGroup() {
     Group& group = _coming.front();
-    while (!IsDone(group.taken) && _crew->Help()) {
-    }
     try {
-        std::vector<vault::Incoming> taken = group.taken.get();
+        std::vector<vault::Incoming> taken = _crew->Await(group.taken);
         for (std::size_t i = 0; i < taken.size(); ++i) {
             _delivery.Add(std::move(taken[i]));
             _progress.Advance(group.pieces[i].size);

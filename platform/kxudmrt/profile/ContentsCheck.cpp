@@ -1,7 +1,6 @@
 #include "profile/ContentsCheck.h"
 
 #include <algorithm>
-#include <chrono>
 #include <utility>
 
 #include "core/Team.h"
@@ -49,11 +48,7 @@ void ContentsCheck::Begin(const std::vector<store::ContentUse>& uses, bool withW
 
 ContentsCheck::Result ContentsCheck::Next() {
     if (_results.empty()) {
-        std::future<std::deque<Result>>& first = _coming.front();
-        while (first.wait_for(std::chrono::seconds(0)) != std::future_status::ready &&
-               _crew->Help()) {
-        }
-        _results = first.get();
+        _results = _crew->Await(_coming.front());
         _coming.pop_front();
     }
     Result result = std::move(_results.front());

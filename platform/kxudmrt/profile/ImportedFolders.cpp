@@ -155,7 +155,7 @@ void ImportedFolders::NoteComing(const Folder& folder, const std::string& place)
     find.BindAll(place, folder.name);
     Folder other;
     if (find.Step() && FindOfUid(find.String(0), other) && other.parent == folder.parent) {
-        // They lie beside each other there, too, as they may after a deletion.
+        // They lie beside each other there, too.
         return;
     }
     throw UDMException("The folders " + other.uid + " and " + folder.uid +

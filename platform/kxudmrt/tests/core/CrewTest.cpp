@@ -109,6 +109,25 @@ TEST(Crew, LetsTheCallerDoWhatNobodyHasBegun) {
     end.set_value();
 }
 
+TEST(Crew, IsHelpedByWhoAwaitsATask) {
+    std::promise<void> begun;
+    std::promise<void> end;
+    Crew crew(1);  // ends before what its tasks use
+    std::future<void> running = crew.Do([&] {
+        begun.set_value();
+        end.get_future().wait();
+    });
+    begun.get_future().wait();
+    std::future<int> bad = crew.Do([]() -> int { throw std::out_of_range("beyond"); });
+    std::future<int> good = crew.Do([] { return 5; });
+    std::future<void> last = crew.Do([&] { end.set_value(); });
+    EXPECT_EQ(crew.Await(good), 5) << "though the only thread is busy";
+    EXPECT_THROW(crew.Await(bad), std::out_of_range);
+    crew.Await(running);
+    crew.Await(last);
+    EXPECT_FALSE(crew.Help());
+}
+
 TEST(Crew, WithoutThreadsWorksAtOnce) {
     Crew crew(0);
     int answer = 0;
