@@ -1,6 +1,6 @@
 #include "profile/ImportNotes.h"
 
-#include "store/LibraryCheck.h"
+#include "profile/RevisionsTold.h"
 
 namespace kxudm::profile {
 
@@ -59,12 +59,10 @@ void ImportNotes::RecordPrivate(Session& session,
                                 Operation& operation,
                                 SignalOption code,
                                 store::EntityId id) {
-    for (const store::Holder& holder : store::HoldersNear(session.Store(), id)) {
+    for (const store::Holder& holder : HoldersElsewhere(session, id)) {
         store::EntityRow row;
         if (session.Store().FindById(id, holder.AsViewer(), row)) {
-            const auto state =
-                boost::make_shared<EntityState>(session.Link(), std::move(row), false);
-            operation.Record(Change::Of(code, state).Only(holder));
+            operation.Record(Change::Of(code, session.StateElsewhere(std::move(row))).Only(holder));
         }
     }
 }

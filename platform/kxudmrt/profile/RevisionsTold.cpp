@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <utility>
 
+#include "store/LibraryCheck.h"
+
 namespace kxudm::profile {
 
 namespace {
@@ -36,6 +38,10 @@ void RecordPlace(Session& session,
                          .For(audience));
 }
 
+constexpr KindTold PARENTS[] = {{LinkKind::Owner, SIGNAL_CHILD_ADDED},
+                                {LinkKind::Reference, SIGNAL_REFERENCE_ADDED},
+                                {LinkKind::Relation, SIGNAL_REFERENCE_ADDED}};
+
 }  // namespace
 
 std::vector<MovedPlace> MovedPlaces(Session& session, const EntityState& working) {
@@ -68,20 +74,51 @@ void RecordPublishedPlaces(Session& session,
     }
 }
 
+std::vector<store::Holder> HoldersElsewhere(Session& session, store::EntityId id) {
+    std::vector<store::Holder> holders = store::HoldersNear(session.Store(), id);
+    const store::Viewer own = session.Viewer();
+    holders.erase(std::remove_if(holders.begin(),
+                                 holders.end(),
+                                 [&](const store::Holder& holder) {
+                                     return holder.user == own.user &&
+                                            holder.workspace == own.workspace;
+                                 }),
+                  holders.end());
+    return holders;
+}
+
+void VisitParents(Session& session,
+                  const RevisionOf& child,
+                  std::span<const KindTold> kinds,
+                  const store::Viewer& viewer,
+                  const ParentVisit& visit) {
+    std::vector<store::LinkedRow> parents;
+    for (const auto& [kind, code] : kinds) {
+        parents.clear();
+        session.Store().Parents(child.id, child.revision, kind, {}, viewer, parents);
+        for (store::LinkedRow& parent : parents) {
+            visit(code, std::move(parent.entity));
+        }
+    }
+}
+
 void RecordPublishedParents(Session& session,
                             Operation& operation,
                             const Session::State& published) {
-    std::vector<store::LinkedRow> parents;
-    for (const auto& [kind, code] : {std::pair(LinkKind::Owner, SIGNAL_CHILD_ADDED),
-                                     std::pair(LinkKind::Reference, SIGNAL_REFERENCE_ADDED),
-                                     std::pair(LinkKind::Relation, SIGNAL_REFERENCE_ADDED)}) {
-        parents.clear();
-        session.Store().Parents(
-            published->Id(), published->Revision(), kind, {}, store::THE_PUBLIC, parents);
-        for (store::LinkedRow& parent : parents) {
-            operation.Record(Change::Of(code, session.StateOf(std::move(parent.entity), false))
-                                 .For(Audience::Elsewhere));
-        }
+    const RevisionOf child{published->Id(), published->Revision()};
+    VisitParents(
+        session, child, PARENTS, store::THE_PUBLIC, [&](SignalOption code, store::EntityRow&& row) {
+            operation.Record(
+                Change::Of(code, session.StateOf(std::move(row), false)).For(Audience::Elsewhere));
+        });
+    for (const store::Holder& holder : HoldersElsewhere(session, published->Id())) {
+        const auto tell = [&](SignalOption code, store::EntityRow&& row) {
+            if (row.published == store::NO_REVISION) {
+                const Session::State branch = session.StateElsewhere(std::move(row));
+                operation.Record(Change::Of(code, branch).Only(holder));
+            }
+        };
+        VisitParents(session, child, PARENTS, holder.AsViewer(), tell);
     }
 }
 

@@ -4,6 +4,10 @@
 // grow; all others come upon it as a whole when it is published.
 #pragma once
 
+#include <functional>
+#include <span>
+#include <vector>
+
 #include "profile/Session.h"
 
 namespace kxudm::profile {
@@ -18,7 +22,27 @@ void RecordPublishedPlaces(Session& session,
                            Operation& operation,
                            const Session::State& published,
                            const std::vector<store::MovedPlace>& moved);
-// After a first publish: published parents that others now find the content below.
+struct RevisionOf {
+    store::EntityId id = 0;
+    int revision = 0;
+};
+// A kind of link, and the code that tells a parent of it.
+struct KindTold {
+    store::LinkKind kind;
+    SignalOption code;
+};
+using ParentVisit = std::function<void(SignalOption code, store::EntityRow&& parent)>;
+
+// Parents and places of a revision as the viewer sees them, kind by kind.
+void VisitParents(Session& session,
+                  const RevisionOf& child,
+                  std::span<const KindTold> kinds,
+                  const store::Viewer& viewer,
+                  const ParentVisit& visit);
+// Others who have the entity or a parent of it in work, and may see what nobody else does.
+[[nodiscard]] std::vector<store::Holder> HoldersElsewhere(Session& session, store::EntityId id);
+// After a first publish: parents that others now find the content below, the published ones and,
+// for whoever made them, branches of such that are still in work.
 void RecordPublishedParents(Session& session,
                             Operation& operation,
                             const Session::State& published);

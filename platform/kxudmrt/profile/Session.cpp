@@ -146,6 +146,10 @@ Session::State Session::StateOf(store::EntityRow&& row, bool complete) {
     return state;
 }
 
+Session::State Session::StateElsewhere(store::EntityRow&& row) const {
+    return boost::make_shared<EntityState>(_link, std::move(row), false);
+}
+
 bool Session::ReadRow(std::string_view base, std::string_view revision, store::EntityRow& row) {
     if (revision.empty()) {
         return _store->FindByUid(base, Viewer(), row);

@@ -97,6 +97,8 @@ class Session : public boost::enable_shared_from_this<Session> {
     // The state that a row stands for: the one that lives, brought up to date, else a new one.
     // `complete`: the row has its attributes.
     State StateOf(store::EntityRow&& row, bool complete = true);
+    // The same for a row as somebody else sees it: this session knows nothing of it afterwards.
+    [[nodiscard]] State StateElsewhere(store::EntityRow&& row) const;
     // The newest or the exact revision of a UID text, from the cache or the store. Null if it is
     // not there for this session.
     State Find(const kxString& uid);

@@ -1,12 +1,12 @@
 // Brings back what a deletion has hidden, and tells it.
 #include <algorithm>
-#include <array>
 #include <unordered_set>
 #include <utility>
 
 #include "profile/Folders.h"
 #include "profile/Maintenance.h"
 #include "profile/Profile.h"
+#include "profile/RevisionsTold.h"
 #include "profile/Words.h"
 #include "store/LibraryCheck.h"
 
@@ -93,12 +93,11 @@ class Restored {
     }
 
   private:
-    static constexpr std::array<std::pair<LinkKind, SignalOption>, 5> PARENTS{
-        {{LinkKind::Folder, SIGNAL_CONTAINER_ENTERED},
-         {LinkKind::Category, SIGNAL_CONTAINER_ENTERED},
-         {LinkKind::Reference, SIGNAL_REFERENCE_ADDED},
-         {LinkKind::Relation, SIGNAL_REFERENCE_ADDED},
-         {LinkKind::Owner, SIGNAL_CHILD_ADDED}}};
+    static constexpr KindTold PARENTS[] = {{LinkKind::Folder, SIGNAL_CONTAINER_ENTERED},
+                                           {LinkKind::Category, SIGNAL_CONTAINER_ENTERED},
+                                           {LinkKind::Reference, SIGNAL_REFERENCE_ADDED},
+                                           {LinkKind::Relation, SIGNAL_REFERENCE_ADDED},
+                                           {LinkKind::Owner, SIGNAL_CHILD_ADDED}};
 
     // As it is for those who see the published revision, and for him who has the working one. Who
     // sees neither is left out when he reads it.
@@ -118,20 +117,15 @@ class Restored {
 
     // What only one holder elsewhere sees: his working revisions above it, or its own places in it.
     void RecordPrivateParents(const DeletedEntity& each) {
-        for (const store::Holder& holder : store::HoldersNear(_session.Store(), each.id)) {
-            if (holder.user == _session.Viewer().user &&
-                holder.workspace == _session.Viewer().workspace) {
-                continue;
-            }
+        for (const store::Holder& holder : HoldersElsewhere(_session, each.id)) {
             const int seen = _session.Store().SeenRevision(each.id, holder.AsViewer());
             if (seen == store::NO_REVISION) {
                 continue;
             }
             ForParents(
                 each, seen, holder.AsViewer(), [&](SignalOption code, store::EntityRow&& row) {
-                    const Session::State state =
-                        boost::make_shared<EntityState>(_session.Link(), std::move(row), false);
-                    _operation.Record(Change::Of(code, state).Only(holder));
+                    _operation.Record(
+                        Change::Of(code, _session.StateElsewhere(std::move(row))).Only(holder));
                 });
         }
     }
@@ -141,10 +135,9 @@ class Restored {
         if (!_session.Store().FindById(each.id, viewer, row)) {
             return;
         }
-        const Session::State state =
-            audience == Audience::Elsewhere
-                ? boost::make_shared<EntityState>(_session.Link(), std::move(row), false)
-                : _session.StateOf(std::move(row));
+        const Session::State state = audience == Audience::Elsewhere
+                                         ? _session.StateElsewhere(std::move(row))
+                                         : _session.StateOf(std::move(row));
         _operation.Record(Change::Of(SIGNAL_REVISION_ADVANCED, state).For(audience));
     }
 
@@ -162,20 +155,19 @@ class Restored {
     }
 
     // Parents that have not come back themselves, as the viewer sees them.
-    template <typename Visit>
     void ForParents(const DeletedEntity& each,
                     int revision,
                     const store::Viewer& viewer,
-                    const Visit& visit) {
-        for (const auto& [kind, code] : PARENTS) {
-            std::vector<store::LinkedRow> parents;
-            _session.Store().Parents(each.id, revision, kind, {}, viewer, parents);
-            for (store::LinkedRow& parent : parents) {
-                if (_ids.count(parent.entity.id) == 0) {
-                    visit(code, std::move(parent.entity));
-                }
-            }
-        }
+                    const ParentVisit& visit) {
+        VisitParents(_session,
+                     {each.id, revision},
+                     PARENTS,
+                     viewer,
+                     [&](SignalOption code, store::EntityRow&& row) {
+                         if (_ids.count(row.id) == 0) {
+                             visit(code, std::move(row));
+                         }
+                     });
     }
 
     Session& _session;

@@ -252,6 +252,26 @@ TEST_F(RevisionNotifications, N27_WhoHasAPlaceOrParentCheckedOutIsToldHisOwnRevi
     EXPECT_THAT(Children(bob, Newest(bob, owner), "uses"), ElementsAre("Wheel"));
 }
 
+TEST_F(RevisionNotifications, N27_WhoAloneSeesABranchIsToldWhatIsPublishedBelowIt) {
+    const UDMItemHandle owner = ann->CreateEntity("Part", "Owner");
+    ann->AddChild(owner, part, "uses");
+    ann->AddChild(owner, part, "parts");
+    Publish(ann, owner, "", true);
+    Publish(ann, owner);
+    bob->Checkout(bob->GetEntity(At(owner, 1)), "");
+    const auto history = bob->GetHistory(Newest(bob, owner));
+    const UDMItemHandle branch = bob->GetEntity(history->GetBranchList().back()->GetBaseUID());
+    bob->SetDisplayName("Branch", branch);
+    Silence();
+    Publish(ann, part);
+    EXPECT_THAT(me.Take(), ElementsAre("5 Wheel:1"));
+    EXPECT_THAT(bobs.Take(),
+                ElementsAre("5 Wheel:1", "35 Owner:2", "40 Owner:2", "35 Branch:0", "40 Branch:0"));
+    EXPECT_THAT(home.Take(), ElementsAre("5 Wheel:1", "35 Owner:2", "40 Owner:2"));
+    EXPECT_THAT(Children(bob, branch, "uses"), ElementsAre("Wheel"));
+    EXPECT_THAT(Children(bob, branch, "parts"), ElementsAre("Wheel"));
+}
+
 TEST_F(RevisionNotifications, N7_AClassificationIsToldAtItsNewestRevision) {
     const UDMItemHandle metals = Published(ann, "Metals", "Categories");
     Publish(ann, CheckOut(ann, metals));
