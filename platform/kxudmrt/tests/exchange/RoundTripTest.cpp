@@ -282,6 +282,13 @@ class GeneratedLibrary : public Exchange {
         std::shuffle(found.begin(), found.end(), random);
         return found;
     }
+    // Whether a text names an entity that its own library has deleted. Archives don't tell of that:
+    // the other library still has it, as the owner of what got another one here.
+    bool NamesWhatIsGone(const std::string& text) {
+        return std::any_of(uids.begin(), uids.end(), [&](const kxString& uid) {
+            return text.find(uid) != std::string::npos && !Sees(ann, uid);
+        });
+    }
     // What every revision of an entity leads to, line by line.
     static Names Links(const ProfilePtr& profile, const kxString& uid) {
         Names lines;
@@ -374,7 +381,9 @@ TEST_F(GeneratedLibrary, FollowsItsOriginArchiveByArchive) {
                                        UDMImportOutcome::Appended))
                 << each.uid << " " << each.text;
         }
-        ASSERT_THAT(report.leftOut, IsEmpty()) << report.leftOut.front().text;
+        for (const auto& each : report.leftOut) {
+            ASSERT_TRUE(NamesWhatIsGone(each.text)) << each.text;
+        }
         ASSERT_THAT(Problems(tom, true), IsEmpty()) << "round " << round;
         const UDMImportReport again = Import();
         ASSERT_EQ(again.Count(UDMImportOutcome::Equal) + again.Count(UDMImportOutcome::Kept),
