@@ -1,11 +1,11 @@
 // Grouping compared with a naive model of it on generated input, and structures of great depth and
 // size.
 #include <algorithm>
-#include <cstdlib>
 #include <map>
 #include <random>
 
 #include "tests/items/StructureFixture.h"
+#include "tests/support/Seed.h"
 
 namespace kxct::test {
 namespace {
@@ -116,13 +116,7 @@ class GroupingModel {
 
 class StructureModel : public Structure {
   protected:
-    // KXCT_TEST_SEED repeats a run.
-    StructureModel() {
-        const char* given = std::getenv("KXCT_TEST_SEED");
-        seed = given != nullptr ? static_cast<unsigned int>(std::strtoul(given, nullptr, 10))
-                                : std::random_device()();
-        random.seed(seed);
-    }
+    StructureModel() { random.seed(seed); }
 
     std::size_t Below(std::size_t limit) { return random() % limit; }
 
@@ -161,13 +155,13 @@ class StructureModel : public Structure {
         return picture;
     }
 
-    unsigned int seed = 0;
+    const unsigned seed = kxct_test::Seed();
     std::mt19937 random;
 };
 
 TEST_F(StructureModel, GroupingByAttributesIsAsTheNaiveModelSays) {
     for (int round = 0; round < 400; ++round) {
-        SCOPED_TRACE("KXCT_TEST_SEED=" + std::to_string(seed) + ", round " + std::to_string(round));
+        SCOPED_TRACE("round " + std::to_string(round));
         Names attributes;
         for (std::size_t i = 1 + Below(5); i > 0; --i) {
             attributes.push_back(kxString("attribute ") + std::to_string(i));
@@ -193,7 +187,7 @@ TEST_F(StructureModel, GroupingByAttributesIsAsTheNaiveModelSays) {
 
 TEST_F(StructureModel, GroupingRevisionsIsAsTheNaiveModelSays) {
     for (int round = 0; round < 400; ++round) {
-        SCOPED_TRACE("KXCT_TEST_SEED=" + std::to_string(seed) + ", round " + std::to_string(round));
+        SCOPED_TRACE("round " + std::to_string(round));
         manager->ClearCache();
         std::vector<std::unique_ptr<Node>> nodes;
         std::vector<std::pair<std::string, std::string>> contents;  // base and whole UID

@@ -4,11 +4,12 @@
 
 #include <algorithm>
 #include <boost/lexical_cast.hpp>
-#include <cstdlib>
 #include <deque>
 #include <limits>
 #include <optional>
 #include <random>
+
+#include "tests/support/Seed.h"
 
 namespace kxct::test {
 namespace {
@@ -92,15 +93,9 @@ Ids IdsOf(const NorvikLibraryInfo& info, const kxString& type) {
     }
 }
 
-// KXCT_TEST_SEED repeats a run.
 class NorvikLibraryInfoModel : public testing::Test {
   protected:
-    NorvikLibraryInfoModel() {
-        const char* given = std::getenv("KXCT_TEST_SEED");
-        seed = given != nullptr ? static_cast<unsigned int>(std::strtoul(given, nullptr, 10))
-                                : std::random_device()();
-        random.seed(seed);
-    }
+    NorvikLibraryInfoModel() { random.seed(seed); }
 
     std::size_t Below(std::size_t limit) { return random() % limit; }
     const kxString& AnyType() { return types[Below(types.size())]; }
@@ -170,13 +165,13 @@ class NorvikLibraryInfoModel : public testing::Test {
         }
     }
 
-    unsigned int seed = 0;
+    const unsigned seed = kxct_test::Seed();
     std::mt19937 random;
 };
 
 TEST_F(NorvikLibraryInfoModel, AnswersAsALinearScanWould) {
     for (int round = 0; round < 300 && !HasFailure(); ++round) {
-        SCOPED_TRACE("KXCT_TEST_SEED=" + std::to_string(seed) + ", round " + std::to_string(round));
+        SCOPED_TRACE("round " + std::to_string(round));
         LinearInfo model;
         NorvikLibraryInfo info(StartingText(model));
         for (std::size_t i = Below(30); i > 0; --i) {

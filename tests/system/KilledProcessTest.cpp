@@ -12,6 +12,7 @@
 #include <thread>
 
 #include "Host.h"
+#include "tests/support/Seed.h"
 
 using kxct::Controller;
 using kxct::Item;
@@ -60,9 +61,7 @@ std::vector<std::pair<kxString, int>> ReadReports(int pipe) {
 }  // namespace
 
 TEST(KilledProcess, WhatWasReportedAsCreatedIsThereAfterAHundredKills) {
-    const unsigned seed = std::random_device{}();
-    std::cout << "seed " << seed << '\n';
-    std::mt19937 random(seed);
+    std::mt19937 random(kxct_test::Seed());
     std::uniform_int_distribution<int> life(0, kLongestLifeMicroseconds);
 
     const TemporaryFolder home;

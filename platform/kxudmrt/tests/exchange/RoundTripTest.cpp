@@ -1,9 +1,8 @@
 // What was exported, imported into an empty library and exported again is the same archive.
-#include <cstdlib>
-#include <iostream>
 #include <random>
 
 #include "Exchange.h"
+#include "tests/support/Seed.h"
 
 namespace kxudm::test {
 namespace {
@@ -199,10 +198,6 @@ TEST_F(RichLibrary, IsTheSameArchiveInEachScopeAgain) {
 
 class GeneratedLibrary : public Exchange {
   protected:
-    static unsigned Seed() {
-        const char* given = std::getenv("KXUDM_SEED");
-        return given == nullptr ? std::random_device()() : static_cast<unsigned>(std::atol(given));
-    }
     unsigned Below(std::size_t count) { return static_cast<unsigned>(random() % count); }
 
     // Refusals are part of the game.
@@ -312,13 +307,12 @@ class GeneratedLibrary : public Exchange {
         return lines;
     }
 
-    const unsigned seed = Seed();
+    const unsigned seed = kxct_test::Seed();
     std::mt19937 random{seed};
     Uids uids;
 };
 
 TEST_F(GeneratedLibrary, IsTheSameArchiveAgain) {
-    std::cout << "KXUDM_SEED=" << seed << "\n";
     Grow(ann, 600);
     const std::string first = Exported(ann);
     Export();
@@ -331,7 +325,6 @@ TEST_F(GeneratedLibrary, IsTheSameArchiveAgain) {
 
 // Links lead out of a part: to what the next library doesn't have.
 TEST_F(GeneratedLibrary, IsTheSameArchiveAgainInEveryPart) {
-    std::cout << "KXUDM_SEED=" << seed << "\n";
     Grow(ann, 400);
     const ProfilePtr reader = source.Open("reader");
     for (int round = 0; round < 12; ++round) {
@@ -348,7 +341,6 @@ TEST_F(GeneratedLibrary, IsTheSameArchiveAgainInEveryPart) {
 }
 
 TEST_F(GeneratedLibrary, IsWholeAfterItsPartsInAnyOrder) {
-    std::cout << "KXUDM_SEED=" << seed << "\n";
     Grow(ann, 500);
     const ProfilePtr reader = source.Open("reader");
     const Uids parts = Exportable(reader);
@@ -368,7 +360,6 @@ TEST_F(GeneratedLibrary, IsWholeAfterItsPartsInAnyOrder) {
 
 // The second archive brings only what came behind the first one.
 TEST_F(GeneratedLibrary, FollowsItsOriginArchiveByArchive) {
-    std::cout << "KXUDM_SEED=" << seed << "\n";
     for (int round = 0; round < 6; ++round) {
         Grow(ann, 100);
         Export();
@@ -393,7 +384,6 @@ TEST_F(GeneratedLibrary, FollowsItsOriginArchiveByArchive) {
 
 // Two libraries that go their own ways and tell each other of it, again and again.
 TEST_F(GeneratedLibrary, AndAnotherGrowApartWithoutHarm) {
-    std::cout << "KXUDM_SEED=" << seed << "\n";
     for (int round = 0; round < 5; ++round) {
         Grow(ann, 60);
         Export();
@@ -467,7 +457,6 @@ class GeneratedLibraries : public GeneratedLibrary {
 };
 
 TEST_F(GeneratedLibraries, GiveEachOtherPartsWithoutHarm) {
-    std::cout << "KXUDM_SEED=" << seed << "\n";
     Library third;
     const std::array sites{
         SiteOf(source, ann), SiteOf(target, tom), SiteOf(third, third.Open("eve"))};

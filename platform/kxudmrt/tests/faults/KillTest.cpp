@@ -2,7 +2,7 @@
 // files in bulk edits. What it reported as done is there afterwards, and nothing is wrong with the
 // library apart from contents in the vault that no row names, which a purge takes away.
 //
-// KXUDM_KILLS sets how often, KXUDM_SEED the moments.
+// KXUDM_KILLS sets how often, KXCT_TEST_SEED the moments.
 #include <kxudm/UDMMaintenance.h>
 
 #include <chrono>
@@ -16,6 +16,7 @@
 #include "../profile/ChildProcess.h"
 #include "../profile/Library.h"
 #include "../vault/Support.h"
+#include "tests/support/Seed.h"
 
 namespace kxudm::test {
 namespace {
@@ -30,11 +31,6 @@ constexpr int KILLS = 300;
 #endif
 constexpr int KILLS_OF_A_LIBRARY = 15;
 constexpr int FILES = 6;
-
-long Setting(const char* name, long otherwise) {
-    const char* text = std::getenv(name);
-    return text == nullptr ? otherwise : std::atol(text);
-}
 
 std::string FileName(int number) {
     return "part" + std::to_string(number) + ".stp";
@@ -240,10 +236,8 @@ void KillOften(long kills, std::chrono::microseconds time, std::mt19937& random)
 }
 
 TEST(KillTest, WhatAKilledProcessReportedIsThereAndTheLibraryIsSound) {
-    const long kills = Setting("KXUDM_KILLS", KILLS);
-    const long seed = Setting("KXUDM_SEED", static_cast<long>(std::random_device()() & 0xffff));
-    std::printf("KXUDM_SEED=%ld\n", seed);
-    std::mt19937 random(static_cast<std::mt19937::result_type>(seed));
+    const auto kills = static_cast<long>(kxct_test::Setting("KXUDM_KILLS", KILLS));
+    std::mt19937 random(kxct_test::Seed());
     const std::chrono::microseconds time = TimeOfWork();
     for (long left = kills; left > 0 && !HasFailure(); left -= KILLS_OF_A_LIBRARY) {
         KillOften(std::min<long>(left, KILLS_OF_A_LIBRARY), time, random);

@@ -5,20 +5,13 @@
 #include "Maintained.h"
 #include "query/Evaluator.h"
 #include "query/Parser.h"
+#include "tests/support/Seed.h"
 
 namespace kxudm::test {
 namespace {
 
 using testing::ElementsAre;
 using testing::IsEmpty;
-
-unsigned Seed() {
-    const char* set = std::getenv("KXCT_TEST_SEED");
-    const unsigned seed = set != nullptr ? static_cast<unsigned>(std::strtoul(set, nullptr, 10))
-                                         : std::random_device()();
-    std::cout << "KXCT_TEST_SEED=" << seed << std::endl;
-    return seed;
-}
 
 class DefinitionChangeQueries : public ChangedDefinitions {
   protected:
@@ -253,7 +246,7 @@ class Generated : public DefinitionChangeQueries {
 };
 
 TEST_F(Generated, D26_QueriesFindWhatTheEntitiesAnswerAfterAnyChangesOfDefinitions) {
-    const unsigned seed = Seed();
+    const unsigned seed = kxct_test::Seed();
     random.seed(seed);
     for (int round = 0; round < 60; ++round) {
         for (int i = 0; i < 12; ++i) {

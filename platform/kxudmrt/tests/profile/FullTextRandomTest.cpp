@@ -5,14 +5,13 @@
 // KXCT_TEST_SEED repeats a run, KXCT_TEST_SEQUENCES makes it longer.
 #include <kxudm/UDMMaintenance.h>
 
-#include <cstdlib>
-#include <iostream>
 #include <map>
 #include <optional>
 #include <random>
 #include <set>
 
 #include "FullText.h"
+#include "tests/support/Seed.h"
 
 namespace kxudm::test {
 namespace {
@@ -20,11 +19,6 @@ namespace {
 constexpr int USERS = 2;
 constexpr int STEPS = 60;
 constexpr unsigned long SEQUENCES = 10;
-
-unsigned long Setting(const char* variable, unsigned long otherwise) {
-    const char* const text = std::getenv(variable);
-    return text != nullptr ? std::strtoul(text, nullptr, 10) : otherwise;
-}
 
 struct Word {
     const char* written;
@@ -281,10 +275,9 @@ class FullTextRandom : public Files {
 };
 
 TEST_F(FullTextRandom, FindsWhatAScanOfAllWordsFinds) {
-    const auto seed = static_cast<unsigned>(Setting("KXCT_TEST_SEED", std::random_device()()));
-    std::cout << "KXCT_TEST_SEED=" << seed << std::endl;
+    const unsigned seed = kxct_test::Seed();
     random.seed(seed);
-    const unsigned long sequences = Setting("KXCT_TEST_SEQUENCES", SEQUENCES);
+    const unsigned long sequences = kxct_test::Setting("KXCT_TEST_SEQUENCES", SEQUENCES);
     for (unsigned long i = 0; i < sequences && !HasFailure(); ++i) {
         for (Entity& entity : entities) {
             // What is there keeps being searched for, but not for ever.

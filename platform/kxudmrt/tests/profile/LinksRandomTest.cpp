@@ -3,12 +3,11 @@
 // check-outs, publishes, undos, branches and deletions. After each step both users must find what
 // the model says. The seed is printed; KXCT_TEST_SEED repeats a run, KXCT_TEST_SEQUENCES says how
 // many sequences there are.
-#include <cstdlib>
-#include <iostream>
 #include <random>
 
 #include "RevisionModel.h"
 #include "Revisions.h"
+#include "tests/support/Seed.h"
 
 namespace kxudm::test {
 namespace {
@@ -24,11 +23,6 @@ constexpr int FOLDERS = 3;
 constexpr int CLASSES = 2;
 constexpr int MOST_CREATED = 7;
 constexpr const char* TYPES[] = {"fits", "replaces"};
-
-unsigned long Setting(const char* variable, unsigned long otherwise) {
-    const char* set = std::getenv(variable);
-    return set != nullptr ? std::strtoul(set, nullptr, 10) : otherwise;
-}
 
 Indices Sorted(const std::set<int>& set) {
     return {set.begin(), set.end()};
@@ -471,9 +465,8 @@ class LinkSequence {
 class LinksRandom : public testing::TestWithParam<int> {};
 
 TEST_P(LinksRandom, TheRuntimeFindsWhatTheModelSays) {
-    const auto seed = static_cast<unsigned>(Setting("KXCT_TEST_SEED", std::random_device()()));
-    const auto sequences = static_cast<int>(Setting("KXCT_TEST_SEQUENCES", SEQUENCES));
-    std::cout << "KXCT_TEST_SEED=" << seed << std::endl;
+    const unsigned seed = kxct_test::Seed();
+    const auto sequences = static_cast<int>(kxct_test::Setting("KXCT_TEST_SEQUENCES", SEQUENCES));
     Library library;
     for (int i = GetParam(); i < sequences && !HasFailure(); i += SHARDS) {
         const unsigned own = seed + static_cast<unsigned>(i);

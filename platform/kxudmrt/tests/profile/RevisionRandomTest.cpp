@@ -5,12 +5,11 @@
 // repeats a run.
 #include <kxudm/UDMMaintenance.h>
 
-#include <cstdlib>
-#include <iostream>
 #include <random>
 
 #include "RevisionModel.h"
 #include "Revisions.h"
+#include "tests/support/Seed.h"
 
 namespace kxudm::test {
 namespace {
@@ -28,12 +27,6 @@ constexpr int MOST_CREATED = 9;
 // Kinds of step that are named because they pick their entities in a way of their own.
 constexpr int REMOVE = 9;
 constexpr int CHECK_OUT = 10;
-
-unsigned Seed() {
-    const char* set = std::getenv("KXCT_TEST_SEED");
-    return set != nullptr ? static_cast<unsigned>(std::strtoul(set, nullptr, 10))
-                          : std::random_device()();
-}
 
 // Follows the updates of one session like somebody who shows the newest revisions and what is in
 // them, and in folders.
@@ -540,8 +533,7 @@ class Sequence {
 class RevisionRandom : public testing::TestWithParam<int> {};
 
 TEST_P(RevisionRandom, TheRuntimeDoesWhatTheModelSays) {
-    const unsigned seed = Seed();
-    std::cout << "KXCT_TEST_SEED=" << seed << std::endl;
+    const unsigned seed = kxct_test::Seed();
     Library library;
     for (int i = 0; i < SEQUENCES && !HasFailure(); ++i) {
         const unsigned own = seed + static_cast<unsigned>(GetParam() * SEQUENCES + i);

@@ -3,6 +3,7 @@
 #include <random>
 
 #include "QueryLibrary.h"
+#include "tests/support/Seed.h"
 
 using kxudm::store::EntityId;
 using kxudm::test::QueryLibrary;
@@ -245,7 +246,7 @@ class Differential : public QueryLibrary, public testing::WithParamInterface<uns
 }  // namespace
 
 TEST_P(Differential, TheDatabaseFindsWhatTheEvaluatorFinds) {
-    const unsigned seed = kxudm::test::Seed() + GetParam();
+    const unsigned seed = kxct_test::Seed() + GetParam();
     Generator make(seed);
     int withHits = 0;
     for (int round = 0; round < ROUNDS; ++round) {

@@ -6,6 +6,7 @@
 
 #include "QueryLibrary.h"
 #include "query/Parser.h"
+#include "tests/support/Seed.h"
 
 using namespace kxudm::query;
 using testing::HasSubstr;
@@ -67,7 +68,7 @@ TEST(HostileText, RandomTokensNeverDoMoreThanFail) {
         "name", "type", "attrib.", "attrib.x",     "==", "!=",   "<",     ">=", "like", "in",
         "(",    ")",    ",",       "&&",           "||", "!",    "\"a\"", "\"", "\\",   "12",
         "*",    "?",    "\xC3",    "\xE2\x82\xAC", " ",  "\x7F", "true",  ";",  "&",    "="};
-    const unsigned seed = kxudm::test::Seed();
+    const unsigned seed = kxct_test::Seed();
     std::mt19937 random(seed);
     int trees = 0;
     for (int i = 0; i < 20000; ++i) {

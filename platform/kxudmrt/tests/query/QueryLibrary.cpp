@@ -1,9 +1,5 @@
 #include "QueryLibrary.h"
 
-#include <cstdlib>
-#include <iostream>
-#include <random>
-
 namespace kxudm::test {
 
 namespace {
@@ -45,14 +41,6 @@ constexpr const char* CATALOGUE = R"(<catalogue version="1">
 </catalogue>)";
 
 }  // namespace
-
-unsigned Seed() {
-    const char* set = std::getenv("KXCT_TEST_SEED");
-    const unsigned seed = set != nullptr ? static_cast<unsigned>(std::strtoul(set, nullptr, 10))
-                                         : std::random_device()();
-    std::cout << "KXCT_TEST_SEED=" << seed << std::endl;
-    return seed;
-}
 
 kxVariant Seen::Attribute(const std::string& attribute) const {
     const auto found = attributes.find(attribute);

@@ -14,9 +14,6 @@
 
 namespace kxudm::test {
 
-// Of the environment's KXCT_TEST_SEED if set; else a new one, which is printed.
-unsigned Seed();
-
 // What ann at her desk sees of one entity.
 struct Seen final : query::EntityView {
     std::vector<std::string> definitions;

@@ -8,6 +8,7 @@
 #include <random>
 
 #include "Support.h"
+#include "tests/support/Seed.h"
 #include "vault/Vault.h"
 
 namespace kxudm::vault {
@@ -124,10 +125,7 @@ TEST_F(CrashTest, AKillAtEachCallLeavesNoWrongFile) {
 }
 
 TEST_F(CrashTest, AKillAtAnyMomentLeavesNoWrongFile) {
-    const unsigned seed = std::random_device()();
-    RecordProperty("seed", std::to_string(seed));
-    SCOPED_TRACE("seed " + std::to_string(seed));
-    std::mt19937 random(seed);
+    std::mt19937 random(kxct_test::Seed());
     const std::string directory = folder_.File("vault");
     for (int round = 0; round < 50 && !HasFailure(); ++round) {
         // Half of the rounds go on with what the last one left.
