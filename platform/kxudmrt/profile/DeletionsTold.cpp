@@ -84,7 +84,6 @@ Session::State SeenOfDeleted(Session& session, store::EntityId id) {
 }
 
 void QueueDeletions(Session& session, const std::vector<store::DeletedRow>& gone) {
-    session.NoteGone(gone);
     if (session.Slots().Empty()) {
         return;
     }

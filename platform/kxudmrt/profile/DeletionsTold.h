@@ -13,7 +13,7 @@ namespace kxudm::profile {
 // it, or if it was purged.
 [[nodiscard]] Session::State SeenOfDeleted(Session& session, store::EntityId id);
 
-// Marks the states of what is gone and queues the updates: first the places that stay, of all that
+// Queues the updates of what the session has noted as gone: first the places that stay, of all that
 // is gone, folders and classifications before references before owners; then each entity. In this
 // order a listener that drops what is deleted can still follow.
 void QueueDeletions(Session& session, const std::vector<store::DeletedRow>& gone);

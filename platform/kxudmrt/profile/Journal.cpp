@@ -13,8 +13,8 @@ namespace {
 
 constexpr int PORTION = 1000;
 
-kxString WithRevision(const std::string& base, int revision) {
-    return kxString(base + ":" + std::to_string(revision));
+kxString WithRevision(std::string_view base, int revision) {
+    return kxString(std::string(base) + ":" + std::to_string(revision));
 }
 
 // What the session has missed is not in the journal any more: whatever it holds may be another.
@@ -37,6 +37,7 @@ void CatchUpWithEverything(Session& session) {
             gone.push_back({.id = id, .uid = uid});
         }
     }
+    session.NoteGone(gone);
     QueueDeletions(session, gone);
     for (const Session::State& state : standing) {
         session.Slots().Queue(
@@ -121,7 +122,43 @@ store::DeletedRow Session::DeletedRowOf(const store::JournalEntry& entry) const 
     return row;
 }
 
+// First all of it, then what is told: an update must not come with a revision, or of an entity,
+// that a later one has taken the place of.
 void Session::ApplyAll(const std::vector<store::JournalEntry>& entries) {
+    for (const store::JournalEntry& entry : entries) {
+        if (entry.session != _id) {
+            TakeIn(entry);
+        }
+    }
+    if (!_slots.Empty()) {
+        QueueAll(entries);
+    }
+}
+
+void Session::TakeIn(const store::JournalEntry& entry) {
+    switch (static_cast<SignalOption>(entry.op)) {
+        case SIGNAL_ENTITY_DELETED:
+            NoteGone({DeletedRowOf(entry)});
+            break;
+        case SIGNAL_CONTENT_CHANGED:
+            for (EntityState* state = _states.Chain(entry.entityUid); state != nullptr;
+                 state = state->next) {
+                state->SetStale();
+            }
+            break;
+        case SIGNAL_STATE_CHANGED:
+        case SIGNAL_REVISION_ADVANCED:
+        case SIGNAL_REVISION_UNDONE:
+            // Who sees which revision has changed, so that links may show or hide.
+            Outdate(entry.entityUid);
+            break;
+        default:
+            TouchLinks();
+            break;
+    }
+}
+
+void Session::QueueAll(const std::vector<store::JournalEntry>& entries) {
     // Deletions that follow each other are told as one.
     std::vector<store::DeletedRow> gone;
     const auto flush = [&] {
@@ -146,61 +183,45 @@ void Session::ApplyAll(const std::vector<store::JournalEntry>& entries) {
         } else if (!entered.emplace(entry.op, entry.entity).second) {
             continue;
         }
-        Apply(entry);
+        Queue(entry);
     }
     flush();
 }
 
-// The working revision was the one behind the published one that stands again.
-void Session::QueueUndo(const State& standing) {
-    const UDMUID gone(WithRevision(kxString(standing->BaseUid()), standing->Revision() + 1));
-    _slots.Queue(UDMProfileUpdate::OfUndo(UDMItemHandle(standing), gone));
-}
-
-// What lies below an entity, or in it, is a matter of the newest revision, and this session may
-// have a working one that whoever made the change doesn't see.
-Session::State Session::SubjectOf(const store::JournalEntry& entry) {
-    State subject = Find(WithRevision(entry.entityUid, entry.revision));
-    if (subject && IsOfStructure(static_cast<SignalOption>(entry.op))) {
-        subject = Find(entry.entityUid);
+// A revision that is there no more isn't told of. What lies below an entity, or in it, is a matter
+// of the newest revision, and this session may have a working one that whoever made the change
+// doesn't see.
+void Session::QueueChange(SignalOption code, std::string_view base, int revision) {
+    State subject = Find(WithRevision(base, revision));
+    if (subject && IsOfStructure(code)) {
+        subject = Find(kxString(base));
     }
-    return subject;
-}
-
-void Session::Apply(const store::JournalEntry& entry) {
-    const auto code = static_cast<SignalOption>(entry.op);
-    switch (code) {
-        case SIGNAL_CONTENT_CHANGED:
-            for (EntityState* state = _states.Chain(entry.entityUid); state != nullptr;
-                 state = state->next) {
-                state->SetStale();
-            }
-            break;
-        case SIGNAL_STATE_CHANGED:
-        case SIGNAL_REVISION_ADVANCED:
-        case SIGNAL_REVISION_UNDONE:
-            // Who sees which revision has changed, so that links may show or hide.
-            Outdate(entry.entityUid);
-            break;
-        default:
-            TouchLinks();
-            break;
-    }
-    if (_slots.Empty()) {
+    if (!subject) {
         return;
     }
+    if (code == SIGNAL_REVISION_UNDONE) {
+        // The working revision was the one behind the published one that stands again.
+        const UDMUID gone(WithRevision(base, revision + 1));
+        _slots.Queue(UDMProfileUpdate::OfUndo(UDMItemHandle(subject), gone));
+    } else {
+        _slots.Queue(UDMProfileUpdate::OfHandle(code, UDMItemHandle(subject)));
+    }
+}
+
+void Session::QueueChildLost(SignalOption code,
+                             std::string_view parent,
+                             const UDMItemHandle& child) {
+    if (const State seen = Find(kxString(parent))) {
+        _slots.Queue(UDMProfileUpdate::OfChild(code, UDMItemHandle(seen), child));
+    }
+}
+
+void Session::Queue(const store::JournalEntry& entry) {
+    const auto code = static_cast<SignalOption>(entry.op);
     if (entry.parent != 0) {
-        if (const State parent = Find(entry.parentUid)) {
-            _slots.Queue(
-                UDMProfileUpdate::OfChild(code, UDMItemHandle(parent), ChildHandle(entry)));
-        }
+        QueueChildLost(code, entry.parentUid, ChildHandle(entry));
     } else if (entry.entity != 0) {
-        const State subject = SubjectOf(entry);
-        if (subject && code == SIGNAL_REVISION_UNDONE) {
-            QueueUndo(subject);
-        } else if (subject) {
-            _slots.Queue(UDMProfileUpdate::OfHandle(code, UDMItemHandle(subject)));
-        }
+        QueueChange(code, entry.entityUid, entry.revision);
     }
 }
 

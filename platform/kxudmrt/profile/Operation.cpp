@@ -125,13 +125,11 @@ void Session::QueueOwn(const Change& change) {
     if (_slots.Empty() || change.audience == Audience::Elsewhere) {
         return;
     }
-    if (change.code == SIGNAL_REVISION_UNDONE) {
-        QueueUndo(change.subject);
-    } else if (change.child) {
-        _slots.Queue(UDMProfileUpdate::OfChild(
-            change.code, UDMItemHandle(change.subject), UDMItemHandle(change.child)));
+    // Behind a bulk edit revisions may have got other numbers, or be gone.
+    if (change.child) {
+        QueueChildLost(change.code, change.subject->BaseUid(), UDMItemHandle(change.child));
     } else {
-        _slots.Queue(UDMProfileUpdate::OfHandle(change.code, UDMItemHandle(change.subject)));
+        QueueChange(change.code, change.subject->BaseUid(), change.subject->Revision());
     }
 }
 

@@ -174,16 +174,18 @@ class Session : public boost::enable_shared_from_this<Session> {
   private:
     friend class Operation;
 
-    void Apply(const store::JournalEntry& entry);
     void ApplyAll(const std::vector<store::JournalEntry>& entries);
+    void TakeIn(const store::JournalEntry& entry);
+    void QueueAll(const std::vector<store::JournalEntry>& entries);
+    void Queue(const store::JournalEntry& entry);
     store::DeletedRow DeletedRowOf(const store::JournalEntry& entry) const;
-    State SubjectOf(const store::JournalEntry& entry);
+    void QueueChange(SignalOption code, std::string_view base, int revision);
+    void QueueChildLost(SignalOption code, std::string_view parent, const UDMItemHandle& child);
     UDMItemHandle ChildHandle(const store::JournalEntry& entry);
     std::int64_t WriteJournal(const ChangeList& changes, const store::Stamp& stamp);
     void RecordUntold(Operation& operation, int op) const;
     void QueueOwn(const ChangeList& changes);
     void QueueOwn(const Change& change);
-    void QueueUndo(const State& standing);
     void TellEverybody();
     void CatchUpWithCatalogue(const std::vector<store::JournalEntry>& entries);
     bool ReadRow(std::string_view base, std::string_view revision, store::EntityRow& row);

@@ -369,8 +369,45 @@ bool RevisionModel::Delete(int user, int entity, bool force) {
             return false;
         }
     }
+    ++_deletions;
     for (const int each : owned) {
-        _entities[each].deleted = true;
+        if (!At(each).deleted) {
+            _entities[each].deleted = true;
+            _entities[each].deletion = _deletions;
+        }
+    }
+    return true;
+}
+
+bool RevisionModel::IsOwnedTwice(int entity) const {
+    std::set<int> owners;
+    bool alone = false;
+    for (int owner = 0; owner < Count(); ++owner) {
+        for (const Link& link : OpenLinks(owner)) {
+            if (!At(owner).deleted && link.child == entity && link.Owns() &&
+                !GivesUp(owner, link)) {
+                owners.insert(owner);
+                alone = alone || link.group == KITS;
+            }
+        }
+    }
+    return alone && owners.size() > 1 && !At(entity).deleted;
+}
+
+bool RevisionModel::Undelete(int entity) {
+    if (!At(entity).deleted) {
+        return false;
+    }
+    const std::vector<Entity> before = _entities;
+    const int deletion = At(entity).deletion;
+    for (Entity& each : _entities) {
+        each.deleted = each.deleted && each.deletion != deletion;
+    }
+    for (int each = 0; each < Count(); ++each) {
+        if (IsOwnedTwice(each)) {
+            _entities = before;
+            return false;
+        }
     }
     return true;
 }

@@ -47,6 +47,7 @@ class RevisionModel {
         int number = 0;  // of the working revision
         int holder = -1;
         bool deleted = false;
+        int deletion = 0;  // which one, if deleted: what went together comes back together
         int origin = -1;
         int originRevision = -1;
     };
@@ -95,6 +96,7 @@ class RevisionModel {
     bool Publish(int user, int entity, const std::string& comment, bool keep);
     bool Undo(int user, int entity);
     bool Delete(int user, int entity, bool force);
+    bool Undelete(int entity);
 
   private:
     // Links of anybody's newest and working revision.
@@ -105,6 +107,8 @@ class RevisionModel {
     [[nodiscard]] bool IsAbove(int entity, int other) const;
     [[nodiscard]] bool WouldBeOwnedTwice(int user, int entity) const;
     [[nodiscard]] bool WasOwnedAnew(int entity) const;
+    // By two, and one of them alone may.
+    [[nodiscard]] bool IsOwnedTwice(int entity) const;
     void CollectOwned(int entity, std::set<int>& out) const;
     int Branch(int user, int entity, int number, const std::string& comment);
     // What stays on a revision that gets a new number, or goes.
@@ -112,6 +116,7 @@ class RevisionModel {
     void DropExact(int entity, int number);
 
     std::vector<Entity> _entities;
+    int _deletions = 0;
 };
 
 }  // namespace kxudm::test

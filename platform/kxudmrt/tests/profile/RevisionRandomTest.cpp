@@ -1,8 +1,9 @@
 // Generated sequences of steps by three users (one of them a user's second workspace), in the
-// runtime and in a naive model of it. After each step all must see what the model says. Each has a
-// slot that shows the whole library and reads again only what it was told of: it must show the
-// same, and nobody is told of what makes no difference to him. The seed is printed; KXCT_TEST_SEED
-// repeats a run.
+// runtime and in a naive model of it; some steps are bulk edits of several, some bring back what
+// was deleted. After each step all must see what the model says. Each has a slot that shows the
+// whole library and reads again only what it was told of: it must show the same, and nobody is told
+// of what makes no difference to him. The seed is printed; KXCT_TEST_SEED repeats a run.
+#include <kxudm/UDMBulkEdit.h>
 #include <kxudm/UDMMaintenance.h>
 
 #include <random>
@@ -24,6 +25,9 @@ constexpr std::pair<const char*, const char*> SEATS[USERS] = {
     {"ann", "desk"}, {"bob", "desk"}, {"ann", "home"}};
 constexpr int FOLDERS = 2;
 constexpr int MOST_CREATED = 9;
+constexpr int BULK_EDITS = 10;  // percent of the steps
+constexpr int MOST_IN_BULK = 6;
+constexpr int UNDELETIONS = 10;  // percent of the steps while something is deleted
 // Kinds of step that are named because they pick their entities in a way of their own.
 constexpr int REMOVE = 9;
 constexpr int CHECK_OUT = 10;
@@ -32,7 +36,7 @@ constexpr int CHECK_OUT = 10;
 // them, and in folders.
 class Follower : public IUDMProfileSlot {
   public:
-    // Children by group, as base UIDs.
+    // Children by group, as base UIDs, and what else is shown of the newest revision.
     using Shown = std::map<kxString, std::vector<kxString>>;
 
     explicit Follower(ProfilePtr profile) : _profile(std::move(profile)) {}
@@ -49,8 +53,10 @@ class Follower : public IUDMProfileSlot {
                 newest[Base(update.GetUDMHandle())] = update.GetUDMHandle().GetRevision();
                 break;
             case SIGNAL_REVISION_UNDONE:
-                EXPECT_EQ(kxString(update.GetUID()),
-                          At(update.GetUDMHandle(), newest[Base(update.GetUDMHandle())]));
+                if (!afterBulkEdit) {
+                    EXPECT_EQ(kxString(update.GetUID()),
+                              At(update.GetUDMHandle(), newest[Base(update.GetUDMHandle())]));
+                }
                 newest[Base(update.GetUDMHandle())] = update.GetUDMHandle().GetRevision();
                 break;
             case SIGNAL_ENTITY_DELETED:
@@ -77,6 +83,9 @@ class Follower : public IUDMProfileSlot {
         for (const char* group : RevisionModel::GROUPS) {
             groups[group] = List(handle, group);
         }
+        groups["attributes"] = {handle.GetAttributeValue("load").GetString(),
+                                handle.GetAttributeValue("smd_comment").GetString(),
+                                handle.IsEditable() ? "editable" : "published"};
     }
     // What was told since the last call is read again.
     void Refresh() {
@@ -87,6 +96,7 @@ class Follower : public IUDMProfileSlot {
         }
         told.clear();
         codes.clear();
+        afterBulkEdit = false;
     }
 
     std::map<kxString, int> newest;
@@ -94,14 +104,20 @@ class Follower : public IUDMProfileSlot {
     std::set<kxString> touched;
     std::set<int> codes;
     Names told;
+    // What was told may be behind what has happened by then.
+    bool afterBulkEdit = false;
 
   private:
     void Check(const UDMProfileUpdate& update) {
         const UDMItemHandle& subject = update.GetUDMHandle();
         ASSERT_TRUE(Sees(_profile, subject.GetUID())) << Recorder::Text(update);
         const int now = NewestNumber(_profile, subject);
-        if (update.GetOpCode() != SIGNAL_REVISION_ADVANCED &&
-            update.GetOpCode() != SIGNAL_STATE_CHANGED) {
+        const bool ofOneRevision =
+            update.GetOpCode() == SIGNAL_REVISION_ADVANCED ||
+            update.GetOpCode() == SIGNAL_STATE_CHANGED ||
+            (afterBulkEdit && (update.GetOpCode() == SIGNAL_CONTENT_CHANGED ||
+                               update.GetOpCode() == SIGNAL_REVISION_UNDONE));
+        if (!ofOneRevision) {
             EXPECT_EQ(subject.GetRevision(), now) << Recorder::Text(update);
         }
     }
@@ -145,23 +161,20 @@ class Sequence {
 
     void Step() {
         _user = Below(USERS);
-        if (_model.Count() < 3 || (_model.Count() < MOST_CREATED && Chance(15))) {
-            Create();
-            return;
-        }
-        const int what = Below(13);
-        // What may be edited, mostly; for a check-out, what may not.
-        const bool editable = what != CHECK_OUT && what != CHECK_OUT + 1;
-        _entity = Pick([&](int entity) { return _model.Edits(_user, entity) == editable; });
-        if (_entity < 0) {
-            return;
-        }
-        const int other = Pick([&](int entity) { return what != REMOVE || IsChild(entity); });
         BeforeStep();
-        Act(what, other);
+        _touched.clear();
+        if (_model.Count() >= 3 && Chance(BULK_EDITS)) {
+            BulkEdit();
+        } else if (const std::vector<int> deleted = Deleted();
+                   !deleted.empty() && Chance(UNDELETIONS)) {
+            Undelete(deleted[Below(static_cast<int>(deleted.size()))]);
+        } else {
+            One();
+        }
         AfterStep();
-        Compare(_entity);
-        Compare(other);
+        for (const int entity : _touched) {
+            Compare(entity);
+        }
     }
 
     // Everything, as all users and as one who opens a session now.
@@ -230,8 +243,95 @@ class Sequence {
         EXPECT_EQ(failure.empty(), expected) << what << ": " << failure;
     }
 
+    void One() {
+        _refused = true;
+        if (_model.Count() < 3 || (_model.Count() < MOST_CREATED && Chance(15))) {
+            Create();
+            return;
+        }
+        const int what = Below(13);
+        // What may be edited, mostly; for a check-out, what may not.
+        const bool editable = what != CHECK_OUT && what != CHECK_OUT + 1;
+        _entity = Pick([&](int entity) { return _model.Edits(_user, entity) == editable; });
+        if (_entity < 0) {
+            return;
+        }
+        const int other = Pick([&](int entity) { return what != REMOVE || IsChild(entity); });
+        Act(what, other);
+        _touched.insert({_entity, other});
+    }
+
+    // Steps of one user that others see all at once or, if they are taken back, not at all.
+    void BulkEdit() {
+        const RevisionModel before = _model;
+        bool isRefused = true;
+        Note("begin");
+        {
+            UDMBulkEdit edit(Session());
+            for (int left = 1 + Below(MOST_IN_BULK); left > 0; --left) {
+                One();
+                isRefused = isRefused && _refused;
+                for (const int entity : _touched) {
+                    CompareEntity(Session(), _user, entity);
+                    CompareHandles(_user, entity);
+                }
+            }
+            if (Chance(70)) {
+                Note("commit");
+                for (const auto& follower : _followers) {
+                    follower->afterBulkEdit = true;
+                }
+                edit.Commit();
+            } else {
+                Note("take back");
+                isRefused = true;
+                _model = before;
+            }
+        }
+        _refused = isRefused;
+        ForgetCreated();
+    }
+
+    // What was created in a bulk edit that was taken back.
+    void ForgetCreated() {
+        while (static_cast<int>(_uids.size()) > _model.Count()) {
+            const kxString uid = _uids.back();
+            EXPECT_FALSE(Sees(Session(), uid));
+            _touched.erase(static_cast<int>(_uids.size()) - 1);
+            _uids.pop_back();
+            _indices.erase(uid);
+            _followers[_user]->newest.erase(uid);
+            _followers[_user]->shown.erase(uid);
+            std::erase_if(_handles[_user], [&](const auto& each) {
+                if (Base(each.second) != uid) {
+                    return false;
+                }
+                EXPECT_FALSE(each.second.IsEditable()) << each.first;
+                EXPECT_THROW(each.second.GetAttributeValue("load"), UDMNotFoundException);
+                return true;
+            });
+        }
+    }
+
+    std::vector<int> Deleted() const {
+        std::vector<int> deleted;
+        for (int entity = 0; entity < _model.Count(); ++entity) {
+            if (_model.At(entity).deleted) {
+                deleted.push_back(entity);
+            }
+        }
+        return deleted;
+    }
+    void Undelete(int entity) {
+        Both("bring back " + std::to_string(entity), _model.Undelete(entity), [&] {
+            EXPECT_TRUE(UDMMaintenance(Session()).Undelete(_uids[entity]));
+        });
+        for (int each = 0; each < _model.Count(); ++each) {
+            _touched.insert(each);
+        }
+    }
+
     void Create() {
-        BeforeStep();
         _refused = false;
         const int entity = _model.Create(_user);
         Note("create " + std::to_string(entity));
@@ -239,8 +339,7 @@ class Sequence {
             Keep(Session()->CreateEntity("Node", "node " + std::to_string(entity)));
         Learn(handle);
         Session()->SetAttributeValue(handle, "load", 0);
-        AfterStep();
-        Compare(entity);
+        _touched.insert(entity);
     }
 
     void Learn(const UDMItemHandle& handle) {
@@ -332,7 +431,7 @@ class Sequence {
             const auto history = Session()->GetHistory(Handle(_entity));
             ASSERT_FALSE(history->GetBranchList().empty());
             Learn(Keep(Session()->GetEntity(history->GetBranchList().back()->GetBaseUID())));
-            Compare(branch);
+            _touched.insert(branch);
         }
     }
 
@@ -357,7 +456,7 @@ class Sequence {
         const Follower& follower = *_followers[user];
         if (_refused) {
             EXPECT_THAT(follower.told, testing::IsEmpty()) << "user " << user;
-        } else if (user != _user && _model.View(user) == _views[user]) {
+        } else if (user != _user && !follower.afterBulkEdit && _model.View(user) == _views[user]) {
             const bool lockOnly =
                 _model.Locks() != _locks && follower.codes == std::set<int>{SIGNAL_STATE_CHANGED};
             EXPECT_TRUE(lockOnly || follower.codes.empty())
@@ -372,6 +471,12 @@ class Sequence {
         }
         for (int entity = 0; entity < _model.Count(); ++entity) {
             const RevisionModel::Revision* newest = _model.Newest(user, entity);
+            if (newest != nullptr) {
+                expected[_uids[entity]]["attributes"] = {
+                    std::to_string(newest->load),
+                    newest->comment,
+                    _model.Edits(user, entity) ? "editable" : "published"};
+            }
             for (const Group group : {Group::KITS, Group::MATES, Group::USES}) {
                 if (newest != nullptr) {
                     expected[_uids[entity]][RevisionModel::GROUPS[group]] =
@@ -526,6 +631,7 @@ class Sequence {
     std::string _views[USERS];  // before the step
     std::string _locks;
     bool _refused = false;
+    std::set<int> _touched;  // by the step
     int _user = 0;
     int _entity = 0;
 };
