@@ -92,6 +92,29 @@ TEST_F(Archives, ASessionExportsAllPublishedRevisions) {
     host.Impl().Close(to);
 }
 
+// An item goes from one revision to the next, never over one.
+TEST_F(Archives, AnItemStandsForTheNewestOfSeveralRevisionsThatCome) {
+    Controller* ben = host.Create("Demo", "theirs", "ben");
+    Items items{other->CreateContent("Document", "front")};
+    ASSERT_TRUE(other->Publish(items, "", false));
+    const kxString base = Base(items[0]->GetUID());
+    ASSERT_TRUE(other->Export(Path("one.kxa"), Texts{base}));
+    ASSERT_TRUE(anna->Import(Path("one.kxa")));
+    Item* mine = anna->GetItem(base, true);
+    Item* theirs = ben->GetItem(base, true);
+    for (int round = 0; round < 2; ++round) {
+        ASSERT_TRUE(other->CheckOut(items, ""));
+        ASSERT_TRUE(other->Publish(items, "again", false));
+    }
+    kxct::UDMDBCtrl* from = host.Impl().Open("Other", "ws", "anna", "", kxct::CONN_TYPE_LIBRARY);
+    from->Export(Path("three.kxa"), Texts{base});
+    host.Impl().Close(from);
+    ASSERT_TRUE(anna->Import(Path("three.kxa")));
+    EXPECT_EQ(mine->GetUID(), base + ":3");
+    EXPECT_EQ(theirs->GetUID(), base + ":3");
+    EXPECT_EQ(anna->GetItem(base, true), mine);
+}
+
 TEST_F(Archives, ASessionTellsWhatItsRuntimeRefused) {
     kxct::UDMDBCtrl* session = host.Impl().Open("Demo", "ws", "anna", "", kxct::CONN_TYPE_LIBRARY);
     try {

@@ -11,8 +11,6 @@
 
 namespace kxudm::profile {
 
-namespace {
-
 using store::RevisionState;
 
 kxString RevisionedUid(std::string_view base, int revision) {
@@ -21,8 +19,6 @@ kxString RevisionedUid(std::string_view base, int revision) {
     uid.append(base).append(1, ':').append(std::to_string(revision));
     return uid;
 }
-
-}  // namespace
 
 EntityState::EntityState(boost::shared_ptr<SessionLink> link, store::EntityRow&& row, bool complete)
     : _uid(RevisionedUid(row.uid, row.revision)),

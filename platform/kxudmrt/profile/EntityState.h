@@ -24,6 +24,9 @@ namespace kxudm::profile {
 
 class Session;
 
+// UID text of one revision.
+[[nodiscard]] kxString RevisionedUid(std::string_view base, int revision);
+
 // What the states of a session have in common; outlives the session as long as one of them lives.
 struct SessionLink {
     Session* session = nullptr;  // null once the session is closed

@@ -79,7 +79,13 @@ void ImportNotes::RecordAppended(Session& session, Operation& operation, const A
             operation.Record(Change::OfChild(SIGNAL_CONTAINER_LEFT, left, state));
         }
     }
-    operation.Record(Change::Of(SIGNAL_REVISION_ADVANCED, state));
+    // One by one: whoever shows the revision before goes on to the next.
+    for (const int number : session.Store().RevisionNumbers(appended.id, store::THE_PUBLIC)) {
+        if (number >= appended.first) {
+            operation.Record(Change::Of(SIGNAL_REVISION_ADVANCED,
+                                        session.Get(RevisionedUid(appended.uid, number))));
+        }
+    }
 }
 
 void ImportNotes::Forget(Session& session) const {

@@ -13,33 +13,44 @@ namespace {
 
 constexpr int PORTION = 1000;
 
-kxString WithRevision(std::string_view base, int revision) {
-    return kxString(std::string(base) + ":" + std::to_string(revision));
-}
-
 // What the session has missed is not in the journal any more: whatever it holds may be another.
 void CatchUpWithEverything(Session& session) {
     session.TakeCatalogue(catalogue::Catalogue::ReadText(session.Store().CatalogueXml(),
                                                          session.Options().libraryFile));
-    std::map<store::EntityId, std::string> held;
+    struct Held {
+        std::string uid;
+        int newest = store::NO_REVISION;  // unless only older ones are held
+    };
+    std::map<store::EntityId, Held> held;
     session.States().ForEach([&](const EntityState& state) {
         if (!state.IsGone()) {
-            held.emplace(state.Id(), state.BaseUid());
+            Held& each = held[state.Id()];
+            each.uid = state.BaseUid();
+            each.newest = state.IsNewest() ? state.Revision() : each.newest;
         }
     });
-    std::vector<Session::State> standing;
+    std::vector<Session::State> advanced;
     std::vector<store::DeletedRow> gone;
-    for (const auto& [id, uid] : held) {
-        session.Outdate(uid);
-        if (Session::State newest = session.Find(kxString(uid))) {
-            standing.push_back(std::move(newest));
-        } else {
-            gone.push_back({.id = id, .uid = uid});
+    for (const auto& [id, each] : held) {
+        session.Outdate(each.uid);
+        const Session::State newest = session.Find(kxString(each.uid));
+        if (!newest) {
+            gone.push_back({.id = id, .uid = each.uid});
+            continue;
         }
+        // One by one: whoever shows the revision before goes on to the next.
+        if (each.newest != store::NO_REVISION) {
+            for (const int number : session.Store().RevisionNumbers(id, session.Viewer())) {
+                if (number > each.newest && number < newest->Revision()) {
+                    advanced.push_back(session.Get(RevisionedUid(each.uid, number)));
+                }
+            }
+        }
+        advanced.push_back(newest);
     }
     session.NoteGone(gone);
     QueueDeletions(session, gone);
-    for (const Session::State& state : standing) {
+    for (const Session::State& state : advanced) {
         session.Slots().Queue(
             UDMProfileUpdate::OfHandle(SIGNAL_REVISION_ADVANCED, UDMItemHandle(state)));
     }
@@ -192,7 +203,7 @@ void Session::QueueAll(const std::vector<store::JournalEntry>& entries) {
 // of the newest revision, and this session may have a working one that whoever made the change
 // doesn't see.
 void Session::QueueChange(SignalOption code, std::string_view base, int revision) {
-    State subject = Find(WithRevision(base, revision));
+    State subject = Find(RevisionedUid(base, revision));
     if (subject && IsOfStructure(code)) {
         subject = Find(kxString(base));
     }
@@ -201,7 +212,7 @@ void Session::QueueChange(SignalOption code, std::string_view base, int revision
     }
     if (code == SIGNAL_REVISION_UNDONE) {
         // The working revision was the one behind the published one that stands again.
-        const UDMUID gone(WithRevision(base, revision + 1));
+        const UDMUID gone(RevisionedUid(base, revision + 1));
         _slots.Queue(UDMProfileUpdate::OfUndo(UDMItemHandle(subject), gone));
     } else {
         _slots.Queue(UDMProfileUpdate::OfHandle(code, UDMItemHandle(subject)));

@@ -16,10 +16,6 @@ bool IsUnversioned(const EntityState& state) {
     return state.State() == store::RevisionState::Unversioned;
 }
 
-kxString WithRevision(const EntityState& state, int revision) {
-    return kxString(std::string(state.BaseUid()) + ":" + std::to_string(revision));
-}
-
 // What a session takes for the newest revision, before it learns what others did.
 bool IsTakenForNewest(const UDMItemHandle& handle) {
     const auto state = boost::dynamic_pointer_cast<EntityState>(handle.State());
@@ -173,7 +169,7 @@ void Profile::UndoCheckout(const UDMItemHandle& handle) {
     const int number = operation.Store().Undo(working->Id(), operation.Stamp());
     RecordUndonePlaces(*_session, operation, working, moved, false);
     _session->Outdate(working->BaseUid());
-    const Session::State standing = _session->Get(WithRevision(*working, number));
+    const Session::State standing = _session->Get(RevisionedUid(working->BaseUid(), number));
     operation.Record(Change::Of(SIGNAL_REVISION_UNDONE, standing).For(Audience::Here));
     operation.Record(Change::Of(SIGNAL_STATE_CHANGED, standing).For(Audience::Elsewhere));
     RecordUndonePlaces(*_session, operation, standing, moved, true);
