@@ -10,7 +10,7 @@ cd "$(dirname "$0")/.."
 
 minutes=${1:-30}
 preset=${2:-dev}
-generated='Random|Generated|Differential|Model$|KillTest|KilledProcess|CrashTest|HostileText'
+generated='Random|Generated|Differential|Model$|KillTest|KilledProcess|CrashTest|HostileText|FollowedItems'
 log=build/$preset/soak.log
 
 rounds=0
