@@ -8,9 +8,14 @@
 #include <kxsigslot/kxListener.h>
 #include <kxsigslot/kxSignal.h>
 
+#include <algorithm>
 #include <map>
+#include <memory>
 #include <random>
 #include <set>
+#include <string>
+#include <utility>
+#include <vector>
 
 #include "Host.h"
 #include "tests/support/Seed.h"
