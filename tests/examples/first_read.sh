@@ -137,7 +137,16 @@ run many 0 "$work/many"
 expect "many files" "$out" '^read back: 2500 of 2500 equal$'
 expect "many files, tree is cut" "$out" '^\.\.\. and 2461 more$'
 
-# Ctrl-C at any moment: the next run opens the library and goes on.
+# Ctrl-C at any moment: the next run opens the library and goes on. Of many files it meets the
+# import more often than not, of few ones what comes behind it.
+mkdir "$work/few"
+(cd "$work/few" && for i in $(seq 1 8); do : >"f$i.inp"; done)
+for delay in $(seq 0.02 0.02 0.3); do
+  rm -rf "$work/home-few"
+  timeout --signal=INT "$delay" "$program" "$data" "$work/home-few" "$work/few" >/dev/null 2>&1
+  run few 0 "$work/few"
+  expect "few files, after Ctrl-C at $delay s" "$out" '^exchange: 8 of 8 equal$'
+done
 for delay in 0.02 0.05 0.1 0.15 0.2; do
   timeout --signal=INT "$delay" "$program" "$data" "$work/home-cut" "$work/many" >/dev/null 2>&1
 done

@@ -11,7 +11,8 @@
 // can't write: their changes wait up to the busy timeout and then fail, and one on the same thread
 // could wait for nothing else. So keep the scope short, and do no user interaction in it. Slots
 // are told at Commit: one structure change per parent and one change per revision, however many
-// there were. Files that are added or replaced within become durable together, by one flush at
+// there were. What follows a slot, as items do, stands for what was before until then: work with
+// handles within. Files that are added or replaced within become durable together, by one flush at
 // Commit. An operation that fails before it has changed anything leaves the rest valid; one
 // that fails halfway makes Commit fail.
 #pragma once
