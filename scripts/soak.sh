@@ -12,6 +12,7 @@ minutes=${1:-30}
 preset=${2:-dev}
 generated='Random|Generated|Differential|Model$|KillTest|KilledProcess|CrashTest|HostileText|FollowedItems'
 log=build/$preset/soak.log
+export KXCT_TEST_SEED=new
 
 rounds=0
 end=$((SECONDS + minutes * 60))

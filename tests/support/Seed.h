@@ -1,10 +1,12 @@
-// Seeds of the tests that generate what they do. Each run takes another one and prints it;
-// KXCT_TEST_SEED repeats a run. scripts/soak.sh runs them for as long as one likes.
+// Seeds of the tests that generate what they do. A run of the tests takes always the same, so that
+// a failure speaks of what was changed; KXCT_TEST_SEED sets another one, or, as "new", one that
+// nobody knows yet, which is printed. scripts/soak.sh runs them so for as long as one likes.
 #pragma once
 
 #include <cstdlib>
 #include <iostream>
 #include <random>
+#include <string_view>
 
 namespace kxct_test {
 
@@ -15,8 +17,11 @@ inline unsigned long Setting(const char* variable, unsigned long otherwise) {
 }
 
 inline unsigned Seed() {
-    const auto seed = static_cast<unsigned>(Setting("KXCT_TEST_SEED", std::random_device()()));
-    std::cout << "KXCT_TEST_SEED=" << seed << std::endl;
+    constexpr char VARIABLE[] = "KXCT_TEST_SEED";
+    const char* const given = std::getenv(VARIABLE);
+    const bool isNew = given != nullptr && std::string_view(given) == "new";
+    const auto seed = isNew ? std::random_device()() : static_cast<unsigned>(Setting(VARIABLE, 1));
+    std::cout << VARIABLE << '=' << seed << std::endl;
     return seed;
 }
 

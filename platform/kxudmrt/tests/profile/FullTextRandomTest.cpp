@@ -2,7 +2,7 @@
 // memory finds. The model knows nothing of indexes: it keeps the words of each revision as numbers
 // of a vocabulary.
 //
-// KXCT_TEST_SEED repeats a run, KXCT_TEST_SEQUENCES makes it longer.
+// KXCT_TEST_SEED sets the seed, KXCT_TEST_SEQUENCES makes it longer.
 #include <kxudm/UDMMaintenance.h>
 
 #include <map>

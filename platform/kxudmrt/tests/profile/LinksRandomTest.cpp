@@ -1,8 +1,8 @@
 // Generated sequences of steps on links by two users, in the runtime and in a naive model of it:
 // children, references, relations, classifications, places in a tree of folders, through
 // check-outs, publishes, undos, branches and deletions. After each step both users must find what
-// the model says. The seed is printed; KXCT_TEST_SEED repeats a run, KXCT_TEST_SEQUENCES says how
-// many sequences there are.
+// the model says. The seed is printed; KXCT_TEST_SEED sets it, KXCT_TEST_SEQUENCES says how many
+// sequences there are.
 #include <random>
 
 #include "RevisionModel.h"

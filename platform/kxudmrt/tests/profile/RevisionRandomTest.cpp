@@ -2,7 +2,7 @@
 // runtime and in a naive model of it; some steps are bulk edits of several, some bring back what
 // was deleted. After each step all must see what the model says. Each has a slot that shows the
 // whole library and reads again only what it was told of: it must show the same, and nobody is told
-// of what makes no difference to him. The seed is printed; KXCT_TEST_SEED repeats a run.
+// of what makes no difference to him. The seed is printed; KXCT_TEST_SEED sets it.
 #include <kxudm/UDMMaintenance.h>
 
 #include "RevisionSequence.h"

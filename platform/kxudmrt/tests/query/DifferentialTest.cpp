@@ -1,5 +1,5 @@
 // Two engines, one meaning: generated queries find in the database what the evaluator finds in
-// memory. The seed is printed; KXCT_TEST_SEED repeats a run.
+// memory. The seed is printed; KXCT_TEST_SEED sets it.
 #include <random>
 
 #include "QueryLibrary.h"
