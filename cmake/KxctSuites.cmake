@@ -9,7 +9,7 @@ endif()
 
 if(${program} IS_NEWER_THAN ${listed})
   execute_process(COMMAND ${program} --gtest_list_tests
-    WORKING_DIRECTORY ${folder} OUTPUT_VARIABLE tests RESULT_VARIABLE result TIMEOUT 60)
+    WORKING_DIRECTORY ${folder} OUTPUT_VARIABLE tests RESULT_VARIABLE result TIMEOUT 300)
   if(NOT result EQUAL 0)
     message(FATAL_ERROR "${program} can't list its tests: ${result}")
   endif()
