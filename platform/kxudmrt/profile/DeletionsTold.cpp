@@ -49,19 +49,17 @@ class Places {
     std::set<std::tuple<SignalOption, store::EntityId, store::EntityId>> _told;
 };
 
-// One record for each revision that the session has seen, the newest one in any case.
+// One record for each revision that the session has seen, oldest first, the newest one in any case.
 void QueueEntity(Session& session, const Gone& gone) {
-    const auto queue = [&](const kxString& uid) {
-        session.Slots().Queue(UDMProfileUpdate::OfDeletion(UDMUID(uid)));
-    };
-    bool newestTold = gone.seen == nullptr;
-    for (EntityState* state = session.States().Chain(gone.row.uid); state != nullptr;
-         state = state->next) {
-        newestTold = newestTold || state == gone.seen.get();
-        queue(state->Uid());
+    std::set<int> revisions;
+    session.States().ForRevisions(
+        gone.row.uid, [&](const EntityState& state) { revisions.insert(state.Revision()); });
+    if (gone.seen != nullptr) {
+        revisions.insert(gone.seen->Revision());
     }
-    if (!newestTold) {
-        queue(gone.seen->Uid());
+    for (const int revision : revisions) {
+        session.Slots().Queue(
+            UDMProfileUpdate::OfDeletion(UDMUID(RevisionedUid(gone.row.uid, revision))));
     }
 }
 

@@ -163,7 +163,8 @@ class EntityState final : public spi::ItemState,
     bool _neverPublished = false;
 
   public:
-    // Next state of the same entity, for the cache.
+    // For the cache: of the entity's UID, and the next state of a chain there.
+    std::uint32_t hash = 0;
     EntityState* next = nullptr;
 };
 

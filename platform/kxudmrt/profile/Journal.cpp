@@ -152,10 +152,7 @@ void Session::TakeIn(const store::JournalEntry& entry) {
             NoteGone({DeletedRowOf(entry)});
             break;
         case SIGNAL_CONTENT_CHANGED:
-            for (EntityState* state = _states.Chain(entry.entityUid); state != nullptr;
-                 state = state->next) {
-                state->SetStale();
-            }
+            _states.ForRevisions(entry.entityUid, [](EntityState& state) { state.SetStale(); });
             break;
         case SIGNAL_STATE_CHANGED:
         case SIGNAL_REVISION_ADVANCED:

@@ -21,10 +21,8 @@ void Rename(Session& session, Operation& operation, EntityState& state, const kx
 
 void TakeName(Session& session, EntityState& state, const kxString& name, store::Stamp stamp) {
     // The name belongs to the entity: all revisions show it.
-    for (EntityState* each = session.States().Chain(state.BaseUid()); each != nullptr;
-         each = each->next) {
-        each->SetName(name);
-    }
+    session.States().ForRevisions(state.BaseUid(),
+                                  [&](EntityState& revision) { revision.SetName(name); });
     state.SetModified(stamp);
 }
 

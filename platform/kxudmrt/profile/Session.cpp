@@ -235,18 +235,16 @@ void Session::Reload(EntityState& state) {
 }
 
 void Session::Outdate(std::string_view baseUid) {
-    for (EntityState* state = _states.Chain(baseUid); state != nullptr; state = state->next) {
-        state->SetStale();
-        state->SetNewest(false);
-    }
+    _states.ForRevisions(baseUid, [](EntityState& state) {
+        state.SetStale();
+        state.SetNewest(false);
+    });
     TouchLinks();
 }
 
 void Session::NoteGone(const std::vector<store::DeletedRow>& gone) {
     for (const store::DeletedRow& row : gone) {
-        for (EntityState* state = _states.Chain(row.uid); state != nullptr; state = state->next) {
-            state->SetGone();
-        }
+        _states.ForRevisions(row.uid, [](EntityState& state) { state.SetGone(); });
     }
     TouchLinks();
 }

@@ -1,76 +1,78 @@
 #include "profile/StateCache.h"
 
+#include <algorithm>
+#include <bit>
+#include <new>
 #include <utility>
 
 namespace kxudm::profile {
 
-EntityState* StateCache::Chain(std::string_view baseUid) const {
-    const auto head = _heads.find(baseUid);
-    return head == _heads.end() ? nullptr : *head;
+namespace {
+
+constexpr std::size_t FEWEST_BUCKETS = 256;
+// A table with so many buckets for each state is made smaller: a search in it would find nothing in
+// the processor's caches.
+constexpr std::size_t SPARSE = 8;
+
+StateCache::State Shared(EntityState* state) {
+    return state == nullptr ? StateCache::State() : state->weak_from_this().lock();
 }
 
+}  // namespace
+
 StateCache::State StateCache::Newest(std::string_view baseUid) const {
-    for (EntityState* state = Chain(baseUid); state != nullptr; state = state->next) {
-        if (state->IsNewest()) {
-            return state->weak_from_this().lock();
-        }
-    }
-    return {};
+    return Shared(Find(baseUid, [](const EntityState& state) { return state.IsNewest(); }));
 }
 
 StateCache::State StateCache::Revision(std::string_view baseUid, int revision) const {
-    for (EntityState* state = Chain(baseUid); state != nullptr; state = state->next) {
-        if (state->Revision() == revision) {
-            return state->weak_from_this().lock();
-        }
-    }
-    return {};
+    return Shared(
+        Find(baseUid, [&](const EntityState& state) { return state.Revision() == revision; }));
 }
 
 bool StateCache::Insert(EntityState& state) {
-    const auto [head, added] = _heads.insert(&state);
-    if (!added) {
-        state.next = (*head)->next;
-        (*head)->next = &state;
+    if (_count == _buckets.size()) {
+        Resize(std::max(FEWEST_BUCKETS, 2 * _count));
     }
-    return added;
+    const bool alone = Find(state.BaseUid(), [](const EntityState&) { return true; }) == nullptr;
+    state.hash = Hash(state.BaseUid());
+    state.next = std::exchange(_buckets[BucketOf(state.hash)], &state);
+    ++_count;
+    return alone;
 }
 
 void StateCache::Remove(EntityState& state) noexcept {
-    const auto found = _heads.find(state.BaseUid());
-    if (found == _heads.end()) {
+    if (_buckets.empty()) {
         return;
     }
-    EntityState* head = *found;
-    if (head != &state) {
-        while (head != nullptr && head->next != &state) {
-            head = head->next;
+    for (EntityState** at = &_buckets[BucketOf(state.hash)]; *at != nullptr; at = &(*at)->next) {
+        if (*at == &state) {
+            *at = state.next;
+            --_count;
+            break;
         }
-        if (head != nullptr) {
-            head->next = state.next;
+    }
+    if (_buckets.size() > FEWEST_BUCKETS && _count * SPARSE < _buckets.size()) {
+        try {
+            Resize(std::max(FEWEST_BUCKETS, std::bit_ceil(2 * _count)));
+        } catch (const std::bad_alloc&) {
+            // Then it stays as large as it is.
         }
-        return;
     }
-    if (state.next == nullptr) {
-        _heads.erase(found);
-        return;
-    }
-    // The key lies in the head itself: the node goes over to the next one, of equal key.
-    auto node = _heads.extract(found);
-    node.value() = state.next;
-    _heads.insert(std::move(node));
 }
 
 void StateCache::MarkNewest(EntityState& state) {
-    for (EntityState* other = Chain(state.BaseUid()); other != nullptr; other = other->next) {
-        other->SetNewest(other == &state);
-    }
+    ForRevisions(state.BaseUid(), [&](EntityState& other) { other.SetNewest(&other == &state); });
 }
 
-std::size_t StateCache::Count() const {
-    std::size_t count = 0;
-    ForEach([&](const EntityState&) { ++count; });
-    return count;
+void StateCache::Resize(std::size_t buckets) {
+    const std::vector<EntityState*> former =
+        std::exchange(_buckets, std::vector<EntityState*>(buckets));
+    for (EntityState* first : former) {
+        while (first != nullptr) {
+            EntityState* state = std::exchange(first, first->next);
+            state->next = std::exchange(_buckets[BucketOf(state->hash)], state);
+        }
+    }
 }
 
 }  // namespace kxudm::profile

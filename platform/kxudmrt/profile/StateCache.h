@@ -1,13 +1,14 @@
 // Finds the living states of a session by UID.
 //
-// Layer: profile. Doesn't own: a state takes itself out at its end. The states of one entity, one
-// for each revision in use, form a chain.
+// Layer: profile. Doesn't own: a state takes itself out at its end. A hash table by base UID whose
+// chains go through the states themselves: a state costs no memory of the table's own, and the
+// table grows and shrinks with what lives. There is one state for each revision in use.
 #pragma once
 
 #include <boost/smart_ptr/shared_ptr.hpp>
 #include <functional>
 #include <string_view>
-#include <unordered_set>
+#include <vector>
 
 #include "profile/EntityState.h"
 
@@ -20,47 +21,58 @@ class StateCache {
     // Null if there is none that lives.
     [[nodiscard]] State Newest(std::string_view baseUid) const;
     [[nodiscard]] State Revision(std::string_view baseUid, int revision) const;
-    // First of the chain of the entity's states; null if there is none.
-    [[nodiscard]] EntityState* Chain(std::string_view baseUid) const;
 
     // Whether it is the only one of its entity.
     bool Insert(EntityState& state);
+    // One that was never inserted is left alone.
     void Remove(EntityState& state) noexcept;
     // Makes `state` the only newest one of its entity.
     void MarkNewest(EntityState& state);
 
+    // Both visit in no particular order. A visit may end neither a state nor begin one.
     template <typename Visit>
     void ForEach(Visit&& visit) const {
-        for (EntityState* head : _heads) {
-            for (EntityState* state = head; state != nullptr; state = state->next) {
+        for (EntityState* first : _buckets) {
+            for (EntityState* state = first; state != nullptr; state = state->next) {
                 visit(*state);
             }
         }
     }
-    [[nodiscard]] std::size_t Count() const;
+    // The states of one entity.
+    template <typename Visit>
+    void ForRevisions(std::string_view baseUid, Visit&& visit) const {
+        static_cast<void>(Find(baseUid, [&](EntityState& state) {
+            visit(state);
+            return false;
+        }));
+    }
+    [[nodiscard]] std::size_t Count() const { return _count; }
 
   private:
-    struct Hash {
-        using is_transparent = void;
-        std::size_t operator()(std::string_view base) const {
-            return std::hash<std::string_view>()(base);
+    static std::uint32_t Hash(std::string_view baseUid) {
+        return static_cast<std::uint32_t>(std::hash<std::string_view>()(baseUid));
+    }
+    [[nodiscard]] std::size_t BucketOf(std::uint32_t hash) const {
+        return hash & (_buckets.size() - 1);
+    }
+    // The first state of the entity that passes.
+    template <typename Test>
+    [[nodiscard]] EntityState* Find(std::string_view baseUid, Test&& test) const {
+        if (_count == 0) {
+            return nullptr;
         }
-        std::size_t operator()(const EntityState* state) const { return (*this)(state->BaseUid()); }
-    };
-    struct Equal {
-        using is_transparent = void;
-        bool operator()(const EntityState* a, const EntityState* b) const {
-            return a->BaseUid() == b->BaseUid();
+        const std::uint32_t hash = Hash(baseUid);
+        EntityState* state = _buckets[BucketOf(hash)];
+        while (state != nullptr &&
+               !(state->hash == hash && state->BaseUid() == baseUid && test(*state))) {
+            state = state->next;
         }
-        bool operator()(std::string_view a, const EntityState* b) const {
-            return a == b->BaseUid();
-        }
-        bool operator()(const EntityState* a, std::string_view b) const {
-            return a->BaseUid() == b;
-        }
-    };
+        return state;
+    }
+    void Resize(std::size_t buckets);
 
-    std::unordered_set<EntityState*, Hash, Equal> _heads;
+    std::vector<EntityState*> _buckets;  // a power of two, or none
+    std::size_t _count = 0;
 };
 
 }  // namespace kxudm::profile

@@ -1,4 +1,7 @@
+#include <kxudm/UDMBulkEdit.h>
+
 #include <regex>
+#include <vector>
 
 #include "Library.h"
 #include "store/LibraryStore.h"
@@ -61,6 +64,28 @@ TEST_F(Entities, S3_AnEditedAttributeIsThereInEveryHandleAndAfterReopening) {
     UDMProfileMgr::DiscardProfile(ann);
     const ProfilePtr again = library.Open("ann");
     EXPECT_EQ(again->GetEntity(part.GetUID()).GetAttributeValue("mass"), kxVariant(2.25));
+}
+
+TEST_F(Entities, S3_AnEditIsThereInTheHandlesThatAreLeftOfMany) {
+    constexpr std::size_t MANY = 3000;
+    std::vector<UDMItemHandle> notes;
+    {
+        UDMBulkEdit edit(ann);
+        for (std::size_t i = 0; i < MANY; ++i) {
+            notes.push_back(ann->CreateEntity("Note", "Page " + std::to_string(i)));
+        }
+        edit.Commit();
+    }
+    for (const std::size_t left : {MANY / 2, MANY / 10, MANY / 300}) {
+        while (notes.size() > left) {
+            notes.pop_back();
+        }
+        for (const UDMItemHandle& note : notes) {
+            const kxString text = note.GetDisplayName() + " of " + std::to_string(left);
+            ann->SetAttributeValue(ann->GetEntity(note.GetUID()), "text", text);
+            EXPECT_EQ(note.GetAttributeValue("text"), kxVariant(text));
+        }
+    }
 }
 
 TEST_F(Entities, S11_CheckOutSavePublishAndUndoOfAnUnversionedOneSucceedAndDoNothing) {
