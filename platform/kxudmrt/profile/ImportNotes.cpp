@@ -79,11 +79,15 @@ void ImportNotes::RecordAppended(Session& session, Operation& operation, const A
             operation.Record(Change::OfChild(SIGNAL_CONTAINER_LEFT, left, state));
         }
     }
-    // One by one: whoever shows the revision before goes on to the next.
+    // One by one: whoever shows the revision before goes on to the next. Until the commit they are
+    // kept without their attributes, which may be large.
     for (const int number : session.Store().RevisionNumbers(appended.id, store::THE_PUBLIC)) {
-        if (number >= appended.first) {
-            operation.Record(Change::Of(SIGNAL_REVISION_ADVANCED,
-                                        session.Get(RevisionedUid(appended.uid, number))));
+        store::EntityRow row;
+        if (number >= appended.first &&
+            session.Store().FindRevision(appended.uid, number, session.Viewer(), row)) {
+            row.packed.clear();
+            operation.Record(
+                Change::Of(SIGNAL_REVISION_ADVANCED, session.StateOf(std::move(row), false)));
         }
     }
 }
