@@ -29,7 +29,7 @@ class StateCache {
     // Makes `state` the only newest one of its entity.
     void MarkNewest(EntityState& state);
 
-    // Both visit in no particular order. A visit may end neither a state nor begin one.
+    // Both visit in no particular order. No state may begin or end meanwhile.
     template <typename Visit>
     void ForEach(Visit&& visit) const {
         for (EntityState* first : _buckets) {
