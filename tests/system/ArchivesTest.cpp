@@ -104,14 +104,17 @@ TEST_F(Archives, AnItemStandsForTheNewestOfSeveralRevisionsThatCome) {
     Item* theirs = ben->GetItem(base, true);
     for (int round = 0; round < 2; ++round) {
         ASSERT_TRUE(other->CheckOut(items, ""));
+        ASSERT_TRUE(items[0]->SetAttributeValue("description", kxString("again")));
         ASSERT_TRUE(other->Publish(items, "again", false));
     }
     kxct::UDMDBCtrl* from = host.Impl().Open("Other", "ws", "anna", "", kxct::CONN_TYPE_LIBRARY);
     from->Export(Path("three.kxa"), Texts{base});
     host.Impl().Close(from);
     ASSERT_TRUE(anna->Import(Path("three.kxa")));
-    EXPECT_EQ(mine->GetUID(), base + ":3");
-    EXPECT_EQ(theirs->GetUID(), base + ":3");
+    for (const Item* item : {mine, theirs}) {
+        EXPECT_EQ(item->GetUID(), base + ":3");
+        EXPECT_EQ(item->GetAttributeValue("description").GetString(), "again");
+    }
     EXPECT_EQ(anna->GetItem(base, true), mine);
 }
 

@@ -1,10 +1,14 @@
 // The life of contents from check-out to publish, as hosts with controllers and items see it.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <kxct/MasterDBManagerImpl.h>
 #include <kxct/SignalHandler.h>
+#include <kxct/UDMDBCtrl.h>
 #include <kxctinterfaces/Item.h>
 #include <kxsigslot/kxListener.h>
 #include <kxsigslot/kxSignal.h>
+#include <kxudm/IUDMProfile.h>
+#include <kxudm/UDMBulkEdit.h>
 
 #include "Host.h"
 
@@ -123,6 +127,29 @@ TEST_F(Lifecycle, AnItemStaysTheSameObjectThroughAllRevisions) {
     EXPECT_NE(older, item);
     EXPECT_EQ(Description(older), "");
     EXPECT_EQ(Description(item), "new");
+}
+
+TEST_F(Lifecycle, AnItemStandsForWhatWasBeforeUntilABulkEditIsCommitted) {
+    Item* item = CreatePublished();
+    // The session below the controller, with one more user.
+    kxct::UDMDBCtrl* opened = host.Impl().Open("Demo", "ws", "anna", "", kxct::CONN_TYPE_LIBRARY);
+    const boost::shared_ptr<kxudm::IUDMProfile> session = opened->GetProfile();
+    const kxudm::UDMItemHandle published = session->GetEntity(item->GetUID());
+    Listener heard(*anna);
+    {
+        kxudm::UDMBulkEdit edit(session);
+        session->Checkout(published, "second");
+        const kxudm::UDMItemHandle working = session->GetWorkingHandle(published);
+        session->SetAttributeValue(working, "description", "new");
+        EXPECT_EQ(Revision(item), ":1");
+        EXPECT_FALSE(item->IsEditable());
+        EXPECT_THAT(heard.Take(), ElementsAre());
+        edit.Commit();
+    }
+    EXPECT_EQ(Revision(item), ":2");
+    EXPECT_TRUE(item->IsEditable());
+    EXPECT_EQ(Description(item), "new");
+    host.Impl().Close(opened);
 }
 
 TEST_F(Lifecycle, APublishThatKeepsTheCheckOutGoesOnWithTheSameItem) {

@@ -1,8 +1,8 @@
 // Finds the living states of a session by UID.
 //
 // Layer: profile. Doesn't own: a state takes itself out at its end. A hash table by base UID whose
-// chains go through the states themselves: a state costs no memory of the table's own, and the
-// table grows and shrinks with what lives. There is one state for each revision in use.
+// chains go through the states themselves: a state costs no block of memory of its own there, and
+// the table grows and shrinks with what lives. There is one state for each revision in use.
 #pragma once
 
 #include <boost/smart_ptr/shared_ptr.hpp>
